@@ -1,0 +1,55 @@
+# Front door: `make demo` and `make test` on a fresh Debian machine.
+SHELL := /bin/bash
+JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
+BUILD ?= build
+
+SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
+	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+
+.PHONY: all deps build test ci ci-release ci-asan ci-tsan bench install demo clean
+
+all: build
+
+deps:
+	@bash scripts/install-deps.sh
+
+$(BUILD)/release/CMakeCache.txt: | deps
+	cmake -S . -B $(BUILD)/release -G Ninja -DCMAKE_BUILD_TYPE=Release
+
+build: deps $(BUILD)/release/CMakeCache.txt
+	cmake --build $(BUILD)/release -j $(JOBS)
+
+test: build
+	cd $(BUILD)/release && ctest --output-on-failure -j $(JOBS)
+
+# CI: the release build's tests, then the same tests built with ASan and UBSan.
+ci: deps ci-release ci-asan
+
+ci-release:
+	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
+	cmake --build $(BUILD)/ci-release -j $(JOBS)
+	cd $(BUILD)/ci-release && ctest --output-on-failure -j $(JOBS)
+
+ci-asan:
+	cmake -S . -B $(BUILD)/ci-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \
+		-DNOX_UTILS_SANITIZE=address,undefined -DNOX_UTILS_BUILD_BENCH=OFF
+	cmake --build $(BUILD)/ci-asan -j $(JOBS)
+	cd $(BUILD)/ci-asan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS)
+
+bench: deps
+	cmake -S . -B $(BUILD)/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=ON \
+		-DNOX_UTILS_BUILD_TESTS=OFF
+	cmake --build $(BUILD)/bench -j $(JOBS)
+	$(BUILD)/bench/bench/nox_utils_bench
+
+install: build
+	cmake --install $(BUILD)/release --prefix $(PREFIX)
+
+demo: build
+	@echo "The demo host arrives with the inspection server; nothing to run yet." >&2
+	@exit 1
+
+clean:
+	rm -rf $(BUILD)

@@ -22,8 +22,8 @@ class NOX_UTILS_API Time {
   void setNanoseconds(std::uint64_t nanoseconds) { nanoseconds_ = nanoseconds; }
   std::uint64_t getNanoseconds() const { return nanoseconds_; }
 
-  // Both fail (assertion) when the product does not grow, so 0 fails too: callers that
-  // may hold zero use setToZero.
+  // Both fail (assertion) when the count overflows in nanoseconds, and for 0 on purpose:
+  // callers that may hold zero use setToZero.
   void setMicroseconds(std::uint64_t microseconds);
   void setMilliseconds(std::uint64_t milliseconds);
   void setSeconds(double seconds);

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <map>
+#include <set>
 #include <vector>
 
 namespace nox::bench {
@@ -22,20 +23,27 @@ std::vector<Ratio>& ratios() {
   return all;
 }
 
-// Keeps each run's time per iteration (in the run's own time unit, normalised to ns).
+// Keeps each benchmark's time per iteration in nanoseconds. With repetitions, the median
+// stands for the benchmark.
 class RecordingReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration || run.iterations == 0) continue;
-      double nanoseconds = run.GetAdjustedRealTime() /
-                           benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
-      times[run.benchmark_name()] = nanoseconds;
+      const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+      const bool single = run.run_type == Run::RT_Iteration && run.iterations != 0;
+      if (!median && !single) continue;
+      const std::string name = run.run_name.str();
+      if (single && medians.count(name) != 0) continue;
+      if (median) medians.insert(name);
+      times[name] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
     }
     ConsoleReporter::ReportRuns(runs);
   }
 
   std::map<std::string, double> times;
+
+ private:
+  std::set<std::string> medians;
 };
 
 }  // namespace

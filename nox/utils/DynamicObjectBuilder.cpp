@@ -1,0 +1,216 @@
+#include <nox/utils/DynamicObjectBuilder.h>
+
+#include <nox/utils/AbstractLogger.h>
+#include <nox/utils/Assertion.h>
+#include <nox/utils/DynamicObject.h>
+#include <nox/utils/DynamicObjectIterator.h>
+
+#include <cstring>
+#include <string_view>
+
+namespace nox::utils {
+
+namespace {
+
+constexpr const char* noCurrentProperty = "No current property.";
+
+// The first byte of `key` that a child name may not hold, or 0.
+char findForbiddenKeyCharacter(const char* key, unsigned int length) {
+  for (unsigned int i = 0; i < length; ++i) {
+    if (key[i] == '.' || key[i] == '[' || key[i] == ']') return key[i];
+  }
+  return 0;
+}
+
+}  // namespace
+
+DynamicObjectBuilder::DynamicObjectBuilder(DynamicObject& target, unsigned int property) : target_(&target) {
+  unsigned int handle = property == 0 ? target.getRoot() : property;
+  properties_.push_back(handle);
+  types_.push_back(target.getType(handle));
+}
+
+bool DynamicObjectBuilder::hasConsistentStacks() const {
+  NOX_ASSERT(properties_.size() == types_.size(), "Invalid state");
+  return properties_.size() == types_.size();
+}
+
+bool DynamicObjectBuilder::beginProperty(type::Type type) {
+  if (!hasConsistentStacks()) return false;
+  if (types_.empty()) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, noCurrentProperty);
+    return false;
+  }
+  type::Type& declared = types_.back();
+  if (declared != type::null && declared != type) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "The current property is not of the expected type");
+    return false;
+  }
+  declared = type;
+  return true;
+}
+
+bool DynamicObjectBuilder::endProperty(type::Type type) {
+  hasConsistentStacks();
+  NOX_ASSERT(!types_.empty() && types_.back() == type, "Invalid call sequence");
+  // The slot is closed whatever the checks said, so that a returning assertion handler
+  // leaves the builder on the enclosing slot.
+  if (!properties_.empty()) properties_.pop_back();
+  if (!types_.empty()) types_.pop_back();
+  return true;
+}
+
+template <class Write>
+bool DynamicObjectBuilder::writeScalar(type::Type type, Write write) {
+  // A clash is reported by beginProperty; the value is written all the same, the
+  // object's setters deciding what becomes of the former content. A value sent after
+  // the outermost one has no slot: nothing is written, and closing the missing slot
+  // breaks the call-sequence contract.
+  beginProperty(type);
+  if (!properties_.empty()) write(properties_.back());
+  endProperty(type);
+  return true;
+}
+
+bool DynamicObjectBuilder::null() {
+  return writeScalar(type::null, [this](unsigned int property) { target_->resetProperty(property); });
+}
+
+bool DynamicObjectBuilder::boolean(bool value) {
+  return writeScalar(type::boolean, [&](unsigned int property) { target_->setBool(property, value); });
+}
+
+bool DynamicObjectBuilder::integer(std::int64_t value) {
+  return writeScalar(type::integer, [&](unsigned int property) { target_->setInt(property, value); });
+}
+
+bool DynamicObjectBuilder::real(double value) {
+  return writeScalar(type::real, [&](unsigned int property) { target_->setReal(property, value); });
+}
+
+bool DynamicObjectBuilder::string(const char* text, unsigned int length) {
+  return writeScalar(type::string, [&](unsigned int property) { target_->setString(property, text, length); });
+}
+
+bool DynamicObjectBuilder::beginObject() { return beginProperty(type::object); }
+
+bool DynamicObjectBuilder::endObject() { return endProperty(type::object); }
+
+bool DynamicObjectBuilder::beginArray() { return beginProperty(type::array); }
+
+bool DynamicObjectBuilder::endArray() { return endProperty(type::array); }
+
+bool DynamicObjectBuilder::objectChild(const char* key, unsigned int length) {
+  if (types_.empty()) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, noCurrentProperty);
+    return false;
+  }
+  if (types_.back() != type::object) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "The current property is not an object.");
+    return false;
+  }
+  std::string_view name(key, length);
+  // Keys come from outside (JSON text, binary messages): a name that would read as a
+  // path is refused here, before the object would treat it as a broken contract.
+  if (char forbidden = findForbiddenKeyCharacter(key, length)) {
+    NOX_LOG_ERROR(getLogger(), error::invalidArgument,
+                  "Unable to create a child named " << name << " to the current property, invalid character '"
+                                                    << forbidden << "' found.");
+    return false;
+  }
+  unsigned int child = target_->addChild(properties_.back(), key, length);
+  if (child == 0) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation,
+                  "Unable to create a child named " << name << " to the current property.");
+    return false;
+  }
+  properties_.push_back(child);
+  types_.push_back(type::null);
+  return true;
+}
+
+bool DynamicObjectBuilder::arrayChild() {
+  if (types_.empty()) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, noCurrentProperty);
+    return false;
+  }
+  if (types_.back() != type::array) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "The current property is not an array.");
+    return false;
+  }
+  unsigned int array = properties_.back();
+  unsigned int count = target_->countChildren(array);
+  // The object cannot hold an element at the maximum index itself, so the array is
+  // full one element before its count reaches the maximum.
+  unsigned int child = 0;
+  if (count != DynamicObject::getMaximumArraySize() && target_->resize(array, count + 1)) {
+    child = target_->getChild(array, count);
+  }
+  if (child == 0) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation,
+                  "The current array property (" << array << ") reached its maximum size: "
+                                                 << DynamicObject::getMaximumArraySize());
+    return false;
+  }
+  properties_.push_back(child);
+  types_.push_back(type::null);
+  return true;
+}
+
+namespace {
+
+bool serializeProperty(const DynamicObject& object, unsigned int property, AbstractObjectBuilder& builder);
+
+bool serializeArray(const DynamicObject& object, unsigned int array, AbstractObjectBuilder& builder) {
+  if (!builder.beginArray()) return false;
+  unsigned int count = object.countChildren(array);
+  for (unsigned int i = 0; i < count; ++i) {
+    if (!builder.arrayChild() || !serializeProperty(object, object.getChild(array, i), builder)) return false;
+  }
+  return builder.endArray();
+}
+
+bool serializeObject(const DynamicObject& object, unsigned int parent, AbstractObjectBuilder& builder) {
+  if (!builder.beginObject()) return false;
+  for (DynamicObjectIterator child(object, parent, 0); !child.next().end();) {
+    if (!builder.objectChild(child.getKey(), child.getKeyLength()) ||
+        !serializeProperty(object, child.getProperty(), builder)) {
+      return false;
+    }
+  }
+  return builder.endObject();
+}
+
+bool serializeProperty(const DynamicObject& object, unsigned int property, AbstractObjectBuilder& builder) {
+  type::Type type = object.getType(property);
+  switch (type) {
+    case type::null:
+      return builder.null();
+    case type::integer:
+      return builder.integer(object.getInt(property));
+    case type::real:
+      return builder.real(object.getReal(property));
+    case type::string: {
+      const char* text = object.getString(property);
+      if (text == nullptr) text = "";
+      return builder.string(text, static_cast<unsigned int>(std::strlen(text)));
+    }
+    case type::boolean:
+      return builder.boolean(object.getBool(property));
+    case type::array:
+      return serializeArray(object, property, builder);
+    case type::object:
+      return serializeObject(object, property, builder);
+  }
+  NOX_LOG_ERROR(builder.getLogger(), error::invalidConfiguration,
+                "Error while serializing dynamic object - unexpected property type " << static_cast<int>(type));
+  return false;
+}
+
+}  // namespace
+
+bool serializeDynamicObject(const DynamicObject& object, AbstractObjectBuilder& builder) {
+  return builder.begin() && serializeProperty(object, object.getRoot(), builder) && builder.end();
+}
+
+}  // namespace nox::utils

@@ -24,8 +24,9 @@ build: deps $(BUILD)/release/CMakeCache.txt
 test: build
 	cd $(BUILD)/release && ctest --output-on-failure -j $(JOBS)
 
-# CI: the release build's tests, then the same tests built with ASan and UBSan.
-ci: deps ci-release ci-asan
+# CI: the release build's tests, the same tests built with ASan and UBSan, then the
+# threaded tests built with TSan.
+ci: deps ci-release ci-asan ci-tsan
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
@@ -38,6 +39,15 @@ ci-asan:
 	cmake --build $(BUILD)/ci-asan -j $(JOBS)
 	cd $(BUILD)/ci-asan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS)
 
+# Suites whose tests run several threads against each other.
+THREADED_TESTS := ^(Threading|DebuggerThreaded|HttpServer|Inspection)
+
+ci-tsan:
+	cmake -S . -B $(BUILD)/ci-tsan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \
+		-DNOX_UTILS_SANITIZE=thread -DNOX_UTILS_BUILD_BENCH=OFF -DNOX_UTILS_BUILD_APPS=OFF
+	cmake --build $(BUILD)/ci-tsan -j $(JOBS) --target nox_utils_tests
+	cd $(BUILD)/ci-tsan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS) -R '$(THREADED_TESTS)'
+
 bench: deps
 	cmake -S . -B $(BUILD)/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=ON \
 		-DNOX_UTILS_BUILD_TESTS=OFF
@@ -47,9 +57,8 @@ bench: deps
 install: build
 	cmake --install $(BUILD)/release --prefix $(PREFIX)
 
-demo: build
-	@echo "The demo host arrives with the inspection server; nothing to run yet." >&2
-	@exit 1
+demo: deps build
+	$(BUILD)/release/apps/demo/nox-demo
 
 clean:
 	rm -rf $(BUILD)

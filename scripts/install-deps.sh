@@ -8,6 +8,7 @@ packages=(
   libprotobuf-dev protobuf-compiler
   libyajl-dev
   libcivetweb-dev
+  libcurl4-openssl-dev
   libgtest-dev libgmock-dev
   libbenchmark-dev
   rapidjson-dev nlohmann-json3-dev

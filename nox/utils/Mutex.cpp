@@ -118,16 +118,16 @@ Mutex::~Mutex() {
   }
 }
 
-bool Mutex::lock(AbstractLogger* logger) {
-  return checkLocking(pthread_mutex_lock(&mutex_), kLockResults, ") during the mutex lock.", logger);
+bool Mutex::lockFailed(int code, AbstractLogger* logger) {
+  return checkLocking(code, kLockResults, ") during the mutex lock.", logger);
 }
 
-bool Mutex::trylock(AbstractLogger* logger) {
-  return checkLocking(pthread_mutex_trylock(&mutex_), kTrylockResults, ") during the mutex try lock.", logger);
+bool Mutex::trylockFailed(int code, AbstractLogger* logger) {
+  return checkLocking(code, kTrylockResults, ") during the mutex try lock.", logger);
 }
 
-bool Mutex::unlock(AbstractLogger* logger) {
-  return checkLocking(pthread_mutex_unlock(&mutex_), kUnlockResults, ") during the mutex unlock.", logger);
+bool Mutex::unlockFailed(int code, AbstractLogger* logger) {
+  return checkLocking(code, kUnlockResults, ") during the mutex unlock.", logger);
 }
 
 }  // namespace nox::utils

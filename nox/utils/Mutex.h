@@ -21,13 +21,29 @@ class NOX_UTILS_API Mutex {
   Mutex(const Mutex&) = delete;
   Mutex& operator=(const Mutex&) = delete;
 
-  bool lock(AbstractLogger* logger);
+  // The success paths are inline: locks sit on hot paths (every context push and pop of
+  // the debugger); reporting a failure is out of line.
+  bool lock(AbstractLogger* logger) {
+    const int code = pthread_mutex_lock(&mutex_);
+    return code == 0 || lockFailed(code, logger);
+  }
   // A mutex held elsewhere is reported as EBUSY on `logger`: pollers pass null.
-  bool trylock(AbstractLogger* logger);
-  bool unlock(AbstractLogger* logger);
+  bool trylock(AbstractLogger* logger) {
+    const int code = pthread_mutex_trylock(&mutex_);
+    return code == 0 || trylockFailed(code, logger);
+  }
+  bool unlock(AbstractLogger* logger) {
+    const int code = pthread_mutex_unlock(&mutex_);
+    return code == 0 || unlockFailed(code, logger);
+  }
 
  private:
   friend class Condition;
+
+  // Each reports the non-zero `code` and returns false.
+  static bool lockFailed(int code, AbstractLogger* logger);
+  static bool trylockFailed(int code, AbstractLogger* logger);
+  static bool unlockFailed(int code, AbstractLogger* logger);
 
   pthread_mutexattr_t attributes_;
   pthread_mutex_t mutex_;

@@ -8,13 +8,21 @@ namespace nox::utils {
 
 class NOX_UTILS_API ScopedMutex {
  public:
-  explicit ScopedMutex(Mutex& mutex);
-  ~ScopedMutex();
+  explicit ScopedMutex(Mutex& mutex) : mutex_(mutex), locked_(mutex.lock(nullptr)) {
+    if (!locked_) lockFailed();
+  }
+  ~ScopedMutex() {
+    // Unlocking a mutex this scope never got would release another owner's lock.
+    if (locked_ && !mutex_.unlock(nullptr)) unlockFailed();
+  }
 
   ScopedMutex(const ScopedMutex&) = delete;
   ScopedMutex& operator=(const ScopedMutex&) = delete;
 
  private:
+  static void lockFailed();
+  static void unlockFailed();
+
   Mutex& mutex_;
   bool locked_;
 };

@@ -1,0 +1,392 @@
+#include <nox/utils/impl/ProtobufDynamicObjectBuilder.h>
+
+#include <nox/allocator/Allocator.h>
+#include <nox/utils/AbstractDataInputOutput.h>
+#include <nox/utils/AbstractLogger.h>
+#include <nox/utils/Assertion.h>
+#include <nox/utils/Containers.h>
+#include <nox/utils/DynamicObjectBuilder.h>
+
+#include "nox/utils/impl/DynamicObject.pb.h"
+
+#include <google/protobuf/arena.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <string>
+
+namespace nox::utils {
+
+namespace {
+
+namespace pb = google::protobuf;
+using proto::Property;
+
+constexpr unsigned int currentMajor = 0;
+constexpr unsigned int currentMinor = 4;
+constexpr unsigned int currentPatch = 0;
+
+// Every nesting level of the tree is one message level for an array element and two for
+// an object child (the named pair, then its value). The parser's limit follows the
+// writer's, so that the deepest object written can be read back.
+constexpr int parserRecursionLimit = 2 * static_cast<int>(ProtobufDynamicObjectBuilder::getMaximumDepth()) + 1;
+
+// Messages live in arenas whose blocks come from the library allocator: one allocation
+// per block instead of one per message.
+void* allocateArenaBlock(std::size_t size) { return NOX_ALLOCATE(size); }
+void freeArenaBlock(void* block, std::size_t /*size*/) { NOX_DEALLOCATE(block); }
+
+pb::ArenaOptions arenaOptions() {
+  pb::ArenaOptions options;
+  options.start_block_size = 1024;
+  options.max_block_size = 64 * 1024;
+  options.block_alloc = &allocateArenaBlock;
+  options.block_dealloc = &freeArenaBlock;
+  return options;
+}
+
+// The copying side of the zero-copy adaptor: hands each filled block to the data stream.
+class DataStreamWriter : public pb::io::CopyingOutputStream {
+ public:
+  DataStreamWriter(AbstractDataInputOutput& output, AbstractLogger* logger) : output_(output), logger_(logger) {}
+
+  bool Write(const void* buffer, int size) override {
+    return output_.write(static_cast<const char*>(buffer), static_cast<unsigned int>(size), logger_);
+  }
+
+ private:
+  AbstractDataInputOutput& output_;
+  AbstractLogger* logger_;
+};
+
+// The in-memory stream of serializeDynamicObject: a buffer from the library allocator,
+// grown by doubling and handed over to the caller as it stands.
+class BufferOutput : public AbstractDataInputOutput {
+ public:
+  BufferOutput() = default;
+  BufferOutput(const BufferOutput&) = delete;
+  BufferOutput& operator=(const BufferOutput&) = delete;
+  ~BufferOutput() { NOX_DEALLOCATE(bytes_); }
+
+  bool isWritable() const override { return true; }
+  bool write(const char* data, unsigned int size, AbstractLogger* logger) override {
+    if (size > capacity_ - size_ && !grow(size, logger)) return false;
+    std::memcpy(bytes_ + size_, data, size);
+    size_ += size;
+    return true;
+  }
+  bool isReadable() const override { return false; }
+  bool read(char* /*buffer*/, unsigned int& size, AbstractLogger* /*logger*/) override {
+    size = 0;
+    return false;
+  }
+
+  char* release(unsigned int& size) {
+    size = size_;
+    char* bytes = bytes_;
+    bytes_ = nullptr;
+    size_ = capacity_ = 0;
+    return bytes;
+  }
+
+ private:
+  bool grow(unsigned int size, AbstractLogger* logger) {
+    if (size > UINT_MAX - size_) {
+      NOX_LOG_ERROR(logger, error::invalidOperation,
+                    "The binary form of the dynamic object exceeds " << UINT_MAX << " bytes.");
+      return false;
+    }
+    const unsigned int needed = size_ + size;
+    unsigned int capacity = capacity_ > UINT_MAX / 2 ? UINT_MAX : std::max(capacity_ * 2, 4096u);
+    if (capacity < needed) capacity = needed;
+    char* bytes = static_cast<char*>(NOX_ALLOCATE(capacity));
+    if (size_ != 0) std::memcpy(bytes, bytes_, size_);
+    NOX_DEALLOCATE(bytes_);
+    bytes_ = bytes;
+    capacity_ = capacity;
+    return true;
+  }
+
+  char* bytes_ = nullptr;
+  unsigned int size_ = 0;
+  unsigned int capacity_ = 0;
+};
+
+}  // namespace
+
+struct ProtobufDynamicObjectBuilder::Build {
+  Build() : arena(arenaOptions()) {}
+
+  // The property that the next value fills: the top of the stack, or the root for the
+  // first value of the build.
+  Property* slot(AbstractLogger* logger) {
+    if (message == nullptr) {
+      NOX_LOG_ERROR(logger, error::invalidOperation, "No build is ongoing.");
+      return nullptr;
+    }
+    if (!open.empty()) return open.back();
+    if (message->has_root()) {
+      NOX_LOG_ERROR(logger, error::invalidOperation, "No current property.");
+      return nullptr;
+    }
+    open.push_back(message->mutable_root());
+    return open.back();
+  }
+
+  // The open container whose next child is due, when it has `type`.
+  Property* container(Property::ValueType type, AbstractLogger* logger) {
+    if (message == nullptr || open.empty()) {
+      NOX_LOG_ERROR(logger, error::invalidOperation,
+                    (message == nullptr ? "No build is ongoing." : "No current property."));
+      return nullptr;
+    }
+    Property* current = open.back();
+    if (!current->has_type() || current->type() != type) {
+      NOX_LOG_ERROR(logger, error::invalidOperation,
+                    (type == Property::Object ? "The current property is not an object."
+                                              : "The current property is not an array."));
+      return nullptr;
+    }
+    return current;
+  }
+
+  // Fills the current slot with a scalar and closes it.
+  template <class Set>
+  bool setScalar(Property::ValueType type, AbstractLogger* logger, Set set) {
+    Property* property = slot(logger);
+    if (property == nullptr) return false;
+    property->set_type(type);
+    set(*property);
+    open.pop_back();
+    return true;
+  }
+
+  // Makes the current slot a container, which stays open.
+  bool openContainer(Property::ValueType type, AbstractLogger* logger) {
+    Property* property = slot(logger);
+    if (property == nullptr) return false;
+    if (open.size() > getMaximumDepth()) {
+      NOX_LOG_ERROR(
+          logger, error::invalidOperation,
+          "Maximum nesting depth exceeded: objects and arrays nest at most " << getMaximumDepth() << " levels deep.");
+      return false;
+    }
+    property->set_type(type);
+    return true;
+  }
+
+  bool closeContainer() {
+    if (!open.empty()) open.pop_back();
+    return true;
+  }
+
+  // Writes the finished message to `output` and ends the build.
+  bool write(AbstractDataInputOutput& output, AbstractLogger* logger) {
+    proto::Version* version = message->mutable_version();
+    version->set_major(currentMajor);
+    version->set_minor(currentMinor);
+    version->set_patch(currentPatch);
+    // Every property of a finished build has its type, every named one its key and
+    // value: the message is complete without asking the runtime to check it.
+    DataStreamWriter writer(output, logger);
+    pb::io::CopyingOutputStreamAdaptor adaptor(&writer);
+    const bool written = message->SerializePartialToZeroCopyStream(&adaptor) && adaptor.Flush();
+    if (!written) {
+      // With a complete message the stream is to blame, and it reported why.
+      const std::string missing = message->InitializationErrorString();
+      NOX_LOG_ERROR(logger, error::ioProblem,
+                    "Unable to serialize the given dynamic object: "
+                        << (missing.empty() ? "the output stream refused the bytes" : missing));
+    }
+    message = nullptr;
+    open.clear();
+    arena.Reset();
+    return written;
+  }
+
+  pb::Arena arena;
+  // Lives in the arena; null while no build is under way.
+  proto::DynamicObject* message = nullptr;
+  // The open properties (inside the message), innermost last.
+  Vector<Property*> open;
+};
+
+ProtobufDynamicObjectBuilder::ProtobufDynamicObjectBuilder(AbstractDataInputOutput& output)
+    : build_(NOX_NEW Build()), output_(output) {}
+
+ProtobufDynamicObjectBuilder::~ProtobufDynamicObjectBuilder() = default;
+
+bool ProtobufDynamicObjectBuilder::begin() {
+  if (build_->message != nullptr || !build_->open.empty()) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "A build is already ongoing.");
+    return false;
+  }
+  build_->message = pb::Arena::CreateMessage<proto::DynamicObject>(&build_->arena);
+  return true;
+}
+
+bool ProtobufDynamicObjectBuilder::end() {
+  if (build_->message == nullptr) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "No build is ongoing.");
+    return false;
+  }
+  if (!build_->open.empty()) {
+    NOX_LOG_ERROR(getLogger(), error::invalidOperation, "Build not finished");
+    return false;
+  }
+  return build_->write(output_, getLogger());
+}
+
+bool ProtobufDynamicObjectBuilder::null() {
+  // The binary form has no null: an empty object stands for it.
+  return build_->setScalar(Property::Object, getLogger(), [](Property&) {});
+}
+
+bool ProtobufDynamicObjectBuilder::boolean(bool value) {
+  return build_->setScalar(Property::Bool, getLogger(), [&](Property& p) { p.set_boolvalue(value); });
+}
+
+bool ProtobufDynamicObjectBuilder::integer(std::int64_t value) {
+  return build_->setScalar(Property::Int, getLogger(), [&](Property& p) { p.set_intvalue(value); });
+}
+
+bool ProtobufDynamicObjectBuilder::real(double value) {
+  return build_->setScalar(Property::Real, getLogger(), [&](Property& p) { p.set_realvalue(value); });
+}
+
+bool ProtobufDynamicObjectBuilder::string(const char* text, unsigned int length) {
+  return build_->setScalar(Property::String, getLogger(), [&](Property& p) { p.set_stringvalue(text, length); });
+}
+
+bool ProtobufDynamicObjectBuilder::beginObject() { return build_->openContainer(Property::Object, getLogger()); }
+
+bool ProtobufDynamicObjectBuilder::objectChild(const char* key, unsigned int length) {
+  Property* object = build_->container(Property::Object, getLogger());
+  if (object == nullptr) return false;
+  Property::NamedProperty* child = object->add_objectvalue();
+  child->set_key(key, length);
+  build_->open.push_back(child->mutable_value());
+  return true;
+}
+
+bool ProtobufDynamicObjectBuilder::endObject() { return build_->closeContainer(); }
+
+bool ProtobufDynamicObjectBuilder::beginArray() { return build_->openContainer(Property::Array, getLogger()); }
+
+bool ProtobufDynamicObjectBuilder::arrayChild() {
+  Property* array = build_->container(Property::Array, getLogger());
+  if (array == nullptr) return false;
+  build_->open.push_back(array->add_arrayvalue());
+  return true;
+}
+
+bool ProtobufDynamicObjectBuilder::endArray() { return build_->closeContainer(); }
+
+bool serializeDynamicObjectToProtobuf(const DynamicObject& object, AbstractDataInputOutput& output,
+                                      AbstractLogger* logger) {
+  ProtobufDynamicObjectBuilder builder(output);
+  builder.setLogger(logger);
+  return serializeDynamicObject(object, builder);
+}
+
+char* serializeDynamicObject(unsigned int& size, const DynamicObject& object, AbstractLogger* logger) {
+  size = 0;
+  BufferOutput buffer;
+  if (!serializeDynamicObjectToProtobuf(object, buffer, logger)) return nullptr;
+  return buffer.release(size);
+}
+
+namespace {
+
+bool reportMissingValue(AbstractLogger* logger, const char* message) {
+  NOX_LOG_ERROR(logger, error::fileFormatCorrupted, message);
+  return false;
+}
+
+// Replays one property as build events. The depth is bounded by the parser's recursion limit.
+bool replayProperty(const Property& property, AbstractObjectBuilder& builder, AbstractLogger* logger) {
+  switch (property.type()) {
+    case Property::Int:
+      if (!property.has_intvalue()) {
+        return reportMissingValue(logger, "Integer property not having an integer value in the protobuf file.");
+      }
+      return builder.integer(property.intvalue());
+    case Property::Real:
+      if (!property.has_realvalue()) {
+        return reportMissingValue(logger, "Real property not having a real value in the protobuf file.");
+      }
+      return builder.real(property.realvalue());
+    case Property::Bool:
+      if (!property.has_boolvalue()) {
+        return reportMissingValue(logger, "Boolean property not having a boolean value in the protobuf file.");
+      }
+      return builder.boolean(property.boolvalue());
+    case Property::String:
+      if (!property.has_stringvalue()) {
+        return reportMissingValue(logger, "String property not having a string value in the protobuf file.");
+      }
+      return builder.string(property.stringvalue().data(), static_cast<unsigned int>(property.stringvalue().size()));
+    case Property::Array:
+      if (!builder.beginArray()) return false;
+      for (const Property& element : property.arrayvalue()) {
+        if (!builder.arrayChild() || !replayProperty(element, builder, logger)) return false;
+      }
+      return builder.endArray();
+    case Property::Object:
+      if (!builder.beginObject()) return false;
+      for (const Property::NamedProperty& child : property.objectvalue()) {
+        if (!builder.objectChild(child.key().data(), static_cast<unsigned int>(child.key().size())) ||
+            !replayProperty(child.value(), builder, logger)) {
+          return false;
+        }
+      }
+      return builder.endObject();
+  }
+  NOX_LOG_ERROR(
+      logger, error::invalidData,
+      "Unexpected type indicator for property of a dynamic object found: " << static_cast<int>(property.type()));
+  return false;
+}
+
+}  // namespace
+
+bool deserializeDynamicObject(const char* data, unsigned int size, DynamicObject& object, AbstractLogger* logger) {
+  if (data == nullptr && size != 0) {
+    NOX_FAIL("deserializing " << size << " bytes from a null buffer");
+    return false;
+  }
+  pb::Arena arena(arenaOptions());
+  auto* message = pb::Arena::CreateMessage<proto::DynamicObject>(&arena);
+  pb::io::CodedInputStream input(reinterpret_cast<const std::uint8_t*>(data), static_cast<int>(size));
+  input.SetRecursionLimit(parserRecursionLimit);
+  // Parsed partially, then checked, so that the runtime does not print its own report.
+  if (!message->ParsePartialFromCodedStream(&input) || !input.ConsumedEntireMessage()) {
+    NOX_LOG_ERROR(logger, error::invalidData,
+                  "Unable to deserialize a dynamic object: malformed data or nesting deeper than "
+                      << ProtobufDynamicObjectBuilder::getMaximumDepth() << " levels");
+    return false;
+  }
+  if (!message->IsInitialized()) {
+    NOX_LOG_ERROR(logger, error::invalidData,
+                  "Unable to deserialize a dynamic object: " << message->InitializationErrorString());
+    return false;
+  }
+  const proto::Version& version = message->version();
+  if (version.major() != currentMajor) {
+    NOX_LOG_ERROR(logger, error::invalidData,
+                  "Error while deserializing: The file originates from a version, v"
+                      << version.major() << "." << version.minor() << "." << version.patch()
+                      << ", that is not compatible with the current version, v" << currentMajor << "." << currentMinor
+                      << "." << currentPatch << ".");
+    return false;
+  }
+  if (!message->has_root()) return true;
+  DynamicObjectBuilder builder(object, 0);
+  builder.setLogger(logger);
+  return replayProperty(message->root(), builder, logger);
+}
+
+}  // namespace nox::utils

@@ -1,0 +1,379 @@
+#include <nox/utils/BufferLogger.h>
+#include <nox/utils/DynamicObject.h>
+#include <nox/utils/DynamicObjectBuilder.h>
+#include <nox/utils/FileInputOutput.h>
+#include <nox/utils/JsonObjectBuilder.h>
+#include <nox/utils/MemoryInputOutput.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+using nox::utils::AbstractObjectBuilder;
+using nox::utils::BufferLogger;
+using nox::utils::DynamicObject;
+using nox::utils::FileInputOutput;
+using nox::utils::JsonObjectBuilder;
+using nox::utils::MemoryInputOutput;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+namespace error = nox::utils::error;
+namespace type = nox::utils::type;
+
+std::string textOf(const MemoryInputOutput& stream) { return std::string(stream.getData(), stream.getSize()); }
+
+std::vector<std::string> errorMessages(const BufferLogger& logger) {
+  std::vector<std::string> messages;
+  for (const BufferLogger::Entry& entry : logger.getEntries()) {
+    if (entry.kind == 'e') messages.emplace_back(entry.message.c_str());
+  }
+  return messages;
+}
+
+std::string toJson(const DynamicObject& object) {
+  MemoryInputOutput output;
+  BufferLogger logger(true, true, true);
+  EXPECT_TRUE(nox::utils::serializeDynamicObjectToJson(object, output, &logger))
+      << testing::PrintToString(errorMessages(logger));
+  return textOf(output);
+}
+
+bool fromJson(const std::string& text, DynamicObject& object, BufferLogger* logger = nullptr) {
+  MemoryInputOutput input(text.data(), static_cast<unsigned int>(text.size()));
+  return nox::utils::deserializeDynamicObjectFromJson(object, input, logger);
+}
+
+// Writes every event as a line.
+class RecordingBuilder : public AbstractObjectBuilder {
+ public:
+  using AbstractObjectBuilder::objectChild;
+  using AbstractObjectBuilder::string;
+
+  bool null() override { return record("null"); }
+  bool boolean(bool value) override { return record(value ? "true" : "false"); }
+  bool integer(std::int64_t value) override { return record("integer " + std::to_string(value)); }
+  bool real(double value) override { return record("real " + std::to_string(value)); }
+  bool string(const char* text, unsigned int length) override { return record("string " + std::string(text, length)); }
+  bool beginObject() override { return record("beginObject"); }
+  bool objectChild(const char* key, unsigned int length) override {
+    return record("objectChild " + std::string(key, length));
+  }
+  bool endObject() override { return record("endObject"); }
+  bool beginArray() override { return record("beginArray"); }
+  bool arrayChild() override { return record("arrayChild"); }
+  bool endArray() override { return record("endArray"); }
+
+  std::vector<std::string> events;
+
+ private:
+  bool record(const std::string& event) {
+    events.push_back(event);
+    return true;
+  }
+};
+
+class JsonWriter : public ::testing::Test {
+ protected:
+  JsonWriter() : logger_(true, true, true), builder_(output_, false) { builder_.setLogger(&logger_); }
+
+  // Checks that the only report is the error `message` (an invalid operation), then forgets it.
+  void expectOnlyError(const std::string& message) {
+    EXPECT_THAT(errorMessages(logger_), ElementsAre(message));
+    for (const BufferLogger::Entry& entry : logger_.getEntries()) EXPECT_EQ(entry.error, error::invalidOperation);
+    logger_.clear();
+  }
+
+  MemoryInputOutput output_;
+  BufferLogger logger_;
+  JsonObjectBuilder builder_;
+};
+
+TEST_F(JsonWriter, WritesEveryKindOfValueCompactly) {
+  ASSERT_TRUE(builder_.begin());
+  EXPECT_TRUE(builder_.beginObject());
+  EXPECT_TRUE(builder_.objectChild("a"));
+  EXPECT_TRUE(builder_.integer(-9223372036854775807LL - 1));
+  EXPECT_TRUE(builder_.objectChild("b"));
+  EXPECT_TRUE(builder_.beginArray());
+  EXPECT_TRUE(builder_.arrayChild());
+  EXPECT_TRUE(builder_.real(1.5));
+  EXPECT_TRUE(builder_.arrayChild());
+  EXPECT_TRUE(builder_.string("q\"\n", 3));
+  EXPECT_TRUE(builder_.arrayChild());
+  EXPECT_TRUE(builder_.boolean(false));
+  EXPECT_TRUE(builder_.arrayChild());
+  EXPECT_TRUE(builder_.null());
+  EXPECT_TRUE(builder_.endArray());
+  EXPECT_TRUE(builder_.endObject());
+  EXPECT_TRUE(builder_.end());
+  EXPECT_EQ(textOf(output_), R"({"a":-9223372036854775808,"b":[1.5,"q\"\n",false,null]})");
+  EXPECT_TRUE(logger_.getEntries().empty());
+}
+
+TEST_F(JsonWriter, BeautifiedTextReadsBackAlike) {
+  DynamicObject object;
+  ASSERT_TRUE(fromJson(R"({"a":{"b":[1,2.5,"x"]},"c":true})", object));
+  MemoryInputOutput pretty;
+  JsonObjectBuilder beautifier(pretty, true);
+  ASSERT_TRUE(nox::utils::serializeDynamicObject(object, beautifier));
+  EXPECT_THAT(textOf(pretty), HasSubstr("\n    "));
+  DynamicObject copy;
+  ASSERT_TRUE(fromJson(textOf(pretty), copy));
+  EXPECT_EQ(toJson(copy), R"({"a":{"b":[1,2.5,"x"]},"c":true})");
+}
+
+TEST_F(JsonWriter, KeepsTheTopLevelAnObjectOrArray) {
+  ASSERT_TRUE(builder_.begin());
+  EXPECT_FALSE(builder_.integer(3));
+  EXPECT_FALSE(builder_.string("s"));
+  EXPECT_TRUE(builder_.end());
+  EXPECT_EQ(textOf(output_), "");
+  EXPECT_THAT(errorMessages(logger_), ElementsAre("Expected object or array", "Expected object or array"));
+  logger_.clear();
+
+  // A lone null stands for an empty object.
+  ASSERT_TRUE(builder_.begin());
+  EXPECT_TRUE(builder_.null());
+  EXPECT_TRUE(builder_.end());
+  EXPECT_EQ(textOf(output_), "{}");
+  EXPECT_EQ(toJson(DynamicObject()), "{}");
+
+  DynamicObject scalar;
+  scalar.setInt(scalar.getRoot(), 4);
+  MemoryInputOutput ignored;
+  EXPECT_FALSE(nox::utils::serializeDynamicObjectToJson(scalar, ignored, &logger_));
+  EXPECT_EQ(ignored.getSize(), 0u);
+  expectOnlyError("Expected object or array");
+}
+
+TEST_F(JsonWriter, RefusesNonFiniteRealsThenStaysInError) {
+  ASSERT_TRUE(builder_.begin());
+  ASSERT_TRUE(builder_.beginArray());
+  EXPECT_FALSE(builder_.real(std::numeric_limits<double>::quiet_NaN()));
+  expectOnlyError("Invalid real value passed: nan");
+  EXPECT_FALSE(builder_.integer(1));
+  EXPECT_FALSE(builder_.endArray());
+  EXPECT_THAT(errorMessages(logger_),
+              ElementsAre("Tried to continue the build while in error", "Tried to continue the build while in error"));
+  logger_.clear();
+  EXPECT_TRUE(builder_.end());
+  // The builder starts afresh on the same stream.
+  ASSERT_TRUE(builder_.begin());
+  EXPECT_TRUE(builder_.beginArray());
+  EXPECT_FALSE(builder_.real(-std::numeric_limits<double>::infinity()));
+  expectOnlyError("Invalid real value passed: -inf");
+}
+
+TEST_F(JsonWriter, RefusesTheHundredTwentyEighthNestedArray) {
+  ASSERT_TRUE(builder_.begin());
+  for (unsigned int depth = 1; depth < 128; ++depth) {
+    ASSERT_TRUE(builder_.beginArray()) << depth;
+    ASSERT_TRUE(builder_.arrayChild());
+  }
+  EXPECT_FALSE(builder_.beginArray());
+  expectOnlyError("Maximum generation depth exceeded");
+  EXPECT_FALSE(builder_.endArray());
+  expectOnlyError("Tried to continue the build while in error");
+  EXPECT_TRUE(builder_.end());
+}
+
+TEST_F(JsonWriter, ReportsMisplacedEventsAndCallSequences) {
+  EXPECT_FALSE(builder_.end());
+  expectOnlyError("The Json building was already ended or has never begun.");
+  EXPECT_FALSE(builder_.beginObject());
+  expectOnlyError("The Json building has not begun.");
+  ASSERT_TRUE(builder_.begin());
+  EXPECT_FALSE(builder_.begin());
+  expectOnlyError("The Json building has already begun");
+  ASSERT_TRUE(builder_.beginObject());
+  EXPECT_FALSE(builder_.integer(1));
+  expectOnlyError("No current property");
+  ASSERT_TRUE(builder_.end());
+
+  ASSERT_TRUE(builder_.begin());
+  ASSERT_TRUE(builder_.beginArray());
+  ASSERT_TRUE(builder_.endArray());
+  EXPECT_FALSE(builder_.beginArray());
+  expectOnlyError("Unexpected YAJL returned status: yajl_gen_generation_complete");
+  EXPECT_EQ(textOf(output_), "{[]");
+}
+
+TEST_F(JsonWriter, StopsAtTheFirstFailedWrite) {
+  FileInputOutput closed("/nonexistent/never-opened.json");
+  DynamicObject object;
+  ASSERT_TRUE(fromJson(R"({"a":[1,2,3],"b":"x"})", object));
+  EXPECT_FALSE(nox::utils::serializeDynamicObjectToJson(object, closed, &logger_));
+  // One report from the stream; the build stops there.
+  ASSERT_EQ(errorMessages(logger_).size(), 1u);
+  EXPECT_THAT(errorMessages(logger_)[0], StartsWith("Can't write to the io on /nonexistent/never-opened.json"));
+}
+
+TEST(JsonReader, HandsArrayElementsAsArrayChildThenValue) {
+  RecordingBuilder builder;
+  MemoryInputOutput input(R"([1, [true], {"k": null, "r": -0.5}, "s"])", 40);
+  ASSERT_TRUE(nox::utils::deserializeJson(builder, input));
+  EXPECT_THAT(builder.events,
+              ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild", "true",
+                          "endArray", "arrayChild", "beginObject", "objectChild k", "null", "objectChild r",
+                          "real -0.500000", "endObject", "arrayChild", "string s", "endArray"));
+}
+
+TEST(JsonReader, ReportsMalformedTextAndKeepsWhatWasRead) {
+  BufferLogger logger(true, true, true);
+  DynamicObject object;
+  EXPECT_FALSE(fromJson(R"({"a": 1, "b": [2, 3} )", object, &logger));
+  ASSERT_EQ(logger.getEntries().size(), 1u);
+  EXPECT_EQ(logger.getEntries()[0].error, error::invalidData);
+  EXPECT_EQ(errorMessages(logger)[0], "Invalid JSON at byte 20: parse error: after array element, I expect ',' or ']'");
+  EXPECT_EQ(object.getInt("a"), 1);
+  EXPECT_EQ(object.getInt("b[1]"), 3);
+
+  logger.clear();
+  DynamicObject empty;
+  EXPECT_FALSE(fromJson("  ", empty, &logger));
+  EXPECT_THAT(errorMessages(logger), ElementsAre("Invalid JSON at byte 2: parse error: premature EOF"));
+  EXPECT_TRUE(empty.empty());
+}
+
+TEST(JsonReader, StopsWhereTheBuilderRefuses) {
+  BufferLogger logger(true, true, true);
+  DynamicObject object;
+  EXPECT_FALSE(fromJson(R"({"ok": 1, "a.b": 2, "later": 3})", object, &logger));
+  // The builder's own report, no parse error.
+  EXPECT_THAT(errorMessages(logger),
+              ElementsAre("Unable to create a child named a.b to the current property, invalid character '.' found."));
+  EXPECT_EQ(object.getInt("ok"), 1);
+  EXPECT_FALSE(object.hasProperty("later"));
+}
+
+TEST(JsonReader, BoundsNestingWithoutExhaustingTheStack) {
+  const unsigned int deepest = JsonObjectBuilder::getMaximumDepth();
+  std::string accepted = std::string(deepest, '[') + std::string(deepest, ']');
+  DynamicObject object;
+  ASSERT_TRUE(fromJson(accepted, object));
+  std::string nested = std::string(deepest - 1, '[') + "[1]" + std::string(deepest - 1, ']');
+  DynamicObject chain;
+  ASSERT_TRUE(fromJson(nested, chain));
+  EXPECT_EQ(toJson(chain), nested);
+
+  for (std::size_t depth : {std::size_t{deepest + 1}, std::size_t{100000}}) {
+    BufferLogger logger(true, true, true);
+    DynamicObject deep;
+    EXPECT_FALSE(fromJson(std::string(depth, '[') + std::string(depth, ']'), deep, &logger));
+    ASSERT_EQ(logger.getEntries().size(), 1u);
+    EXPECT_EQ(logger.getEntries()[0].error, error::invalidData);
+    EXPECT_EQ(errorMessages(logger)[0],
+              "Unsupported JSON at byte 128: objects and arrays nested deeper than 127 levels");
+  }
+}
+
+// Texts of every length around chunk boundaries must come through whole, from memory and
+// from a file: a short last read may neither be dropped nor padded.
+class JsonReaderLengths : public ::testing::Test {
+ protected:
+  void SetUp() override { path_ = ::testing::TempDir() + "nox-json-" + std::to_string(::getpid()) + ".json"; }
+  void TearDown() override { std::filesystem::remove(path_); }
+
+  // A text of exactly `length` bytes: digits below 4 bytes, else a string in an array
+  // whose characters all differ from their neighbours in the chunk before.
+  static std::string documentOfLength(std::size_t length, std::string& payload) {
+    if (length < 4) {
+      payload = std::string(length, '7');
+      return payload;
+    }
+    payload.clear();
+    for (std::size_t i = 0; i + 4 < length; ++i) payload += static_cast<char>('a' + (i * 7 + i / 256) % 26);
+    return "[\"" + payload + "\"]";
+  }
+
+  // Reads `text` back from memory, and from a file too when `alsoFromFile`.
+  std::vector<DynamicObject> readBack(const std::string& text, bool alsoFromFile) {
+    std::vector<DynamicObject> objects(alsoFromFile ? 2 : 1);
+    MemoryInputOutput memory(text.data(), static_cast<unsigned int>(text.size()));
+    EXPECT_TRUE(nox::utils::deserializeDynamicObjectFromJson(objects[0], memory, nullptr)) << text.size();
+    if (alsoFromFile) {
+      std::ofstream(path_, std::ios::binary | std::ios::trunc)
+          .write(text.data(), static_cast<std::streamsize>(text.size()));
+      FileInputOutput file(path_.c_str());
+      EXPECT_TRUE(file.openForReading(nullptr));
+      EXPECT_TRUE(nox::utils::deserializeDynamicObjectFromJson(objects[1], file, nullptr)) << text.size();
+    }
+    return objects;
+  }
+
+  std::string path_;
+};
+
+TEST_F(JsonReaderLengths, ReadsTextsOfEveryLengthWhole) {
+  for (std::size_t length = 1; length <= 2000; ++length) {
+    std::string payload;
+    const std::string text = documentOfLength(length, payload);
+    ASSERT_EQ(text.size(), length);
+    // Files are slow to rewrite: they take the lengths next to chunk boundaries.
+    const bool nearBoundary = (length + 3) % 256 <= 6;
+    for (const DynamicObject& object : readBack(text, nearBoundary)) {
+      if (length < 4) {
+        ASSERT_EQ(object.getInt(object.getRoot()), std::stoll(payload)) << length;
+      } else {
+        ASSERT_EQ(object.countChildren(object.getRoot()), 1u) << length;
+        ASSERT_EQ(object.getString("[0]"), payload) << length;
+      }
+    }
+  }
+}
+
+TEST_F(JsonReaderLengths, ReadsSeveralMegabytesOfMixedContent) {
+  // Long texts with escapes and multi-byte characters make up most of the bytes, numbers,
+  // booleans and arrays the rest; every item differs from the others.
+  const unsigned int items = 1000;
+  auto textOfItem = [](unsigned int i) {
+    std::string text;
+    while (text.size() < 3200) {
+      text += "line " + std::to_string(i * 2654435761u + text.size()) + " of the text of an item, long enough " +
+              "to make up most of the document \"\u00e9\u20ac\\\n";
+    }
+    return text;
+  };
+  DynamicObject source;
+  for (unsigned int i = 0; i < items; ++i) {
+    const unsigned int item = source.addChild(source.getRoot(), ("item" + std::to_string(i)).c_str());
+    source.setInt(source.addChild(item, "id"), i * 2654435761LL);
+    source.setReal(source.addChild(item, "ratio"), i / 7.0);
+    source.setString(source.addChild(item, "text"), textOfItem(i).c_str());
+    source.setBool(source.addChild(item, "flag"), i % 3 == 0);
+    const unsigned int list = source.addChild(item, "list");
+    source.resize(list, 1 + i % 7);
+    for (unsigned int j = 0; j < 1 + i % 7; ++j) source.setInt(source.getChild(list, j), j * 1000003LL - i);
+  }
+  const std::string text = toJson(source);
+  ASSERT_GT(text.size(), 3u << 20);
+  for (const DynamicObject& object : readBack(text, true)) {
+    ASSERT_EQ(object.countChildren(object.getRoot()), items);
+    for (unsigned int i = 0; i < items; ++i) {
+      const std::string item = "item" + std::to_string(i);
+      const unsigned int list = object.getProperty((item + ".list").c_str());
+      ASSERT_EQ(object.countChildren(object.getProperty(item.c_str())), 5u) << item;
+      ASSERT_EQ(object.getInt(object.getProperty((item + ".id").c_str())), i * 2654435761LL) << item;
+      ASSERT_EQ(object.getReal(object.getProperty((item + ".ratio").c_str())), i / 7.0) << item;
+      ASSERT_EQ(object.getString(object.getProperty((item + ".text").c_str())), textOfItem(i)) << item;
+      ASSERT_EQ(object.getBool(object.getProperty((item + ".flag").c_str())), i % 3 == 0) << item;
+      ASSERT_EQ(object.countChildren(list), 1 + i % 7) << item;
+      for (unsigned int j = 0; j < 1 + i % 7; ++j) {
+        ASSERT_EQ(object.getInt(object.getChild(list, j)), j * 1000003LL - i);
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,7 @@
+#include <nox/utils/debugger/AbstractContextFactory.h>
+
+namespace nox::utils::debugger {
+
+AbstractContextFactory::~AbstractContextFactory() = default;
+
+}  // namespace nox::utils::debugger

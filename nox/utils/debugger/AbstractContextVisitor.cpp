@@ -1,0 +1,7 @@
+#include <nox/utils/debugger/AbstractContextVisitor.h>
+
+namespace nox::utils::debugger {
+
+AbstractContextVisitor::~AbstractContextVisitor() = default;
+
+}  // namespace nox::utils::debugger

@@ -1,0 +1,7 @@
+#include <nox/utils/debugger/AbstractEventFilterCreator.h>
+
+namespace nox::utils::debugger {
+
+AbstractEventFilterCreator::~AbstractEventFilterCreator() = default;
+
+}  // namespace nox::utils::debugger

@@ -1,0 +1,25 @@
+// Makes one kind of event filter from its value in a subscription's "filters" object.
+// Registered by name in the framework's CreatorAbstractFactory.
+#pragma once
+
+#include <nox/utils/Export.h>
+
+namespace nox::utils {
+class AbstractLogger;
+class DynamicObject;
+}  // namespace nox::utils
+
+namespace nox::utils::debugger {
+
+class AbstractEventFilter;
+
+class NOX_UTILS_API AbstractEventFilterCreator {
+ public:
+  virtual ~AbstractEventFilterCreator();
+  // A new filter (NOX_NEW) from the value at `property` of `data`; null when the value
+  // does not have the form the filter needs.
+  virtual AbstractEventFilter* create(const DynamicObject& data, unsigned int property,
+                                      AbstractLogger* logger) const = 0;
+};
+
+}  // namespace nox::utils::debugger

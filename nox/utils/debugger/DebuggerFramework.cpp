@@ -1,0 +1,251 @@
+#include <nox/utils/debugger/DebuggerFramework.h>
+
+#include <nox/utils/AbstractObjectBuilder.h>
+#include <nox/utils/Assertion.h>
+#include <nox/utils/DynamicObject.h>
+#include <nox/utils/ScopedMutex.h>
+#include <nox/utils/Uri.h>
+#include <nox/utils/debugger/AbstractContext.h>
+#include <nox/utils/debugger/Entity.h>
+#include <nox/utils/debugger/impl/InspectionFrameworkImpl.h>
+#include <nox/utils/debugger/impl/Replies.h>
+
+#include <limits>
+
+namespace nox::utils::debugger {
+
+using impl::isSegment;
+using impl::parseUnsigned;
+using impl::reply;
+using impl::replyNull;
+
+DebuggerFramework::DebuggerFramework(impl::InspectionFrameworkImpl& framework)
+    : AbstractEngine("debug", true), framework_(framework) {}
+
+DebuggerFramework::~DebuggerFramework() = default;
+
+unsigned int DebuggerFramework::countEntities() const { return framework_.countEntities(); }
+
+Vector<unsigned int> DebuggerFramework::getEntities() const { return framework_.getEntities(); }
+
+unsigned int DebuggerFramework::countContexts(unsigned int entity) const { return framework_.countContexts(entity); }
+
+AbstractContext* DebuggerFramework::getContext(unsigned int entity, unsigned int index, AbstractLogger* logger) const {
+  return framework_.getContext(entity, index, logger);
+}
+
+bool DebuggerFramework::isSuspended() const { return controller_.isSuspended(); }
+
+unsigned int DebuggerFramework::getSuspendedEntity() const {
+  ScopedMutex lock(framework_.getMutex());
+  return controller_.isSuspended() ? framework_.getSteppingState().suspendedEntity : invalidEntity;
+}
+
+// ---- Commands. Each runs under the framework mutex, so no step check and no other
+// command interleaves; only the engine thread's own wake-up is asynchronous.
+
+bool DebuggerFramework::suspend() {
+  ScopedMutex lock(framework_.getMutex());
+  if (controller_.isSuspended()) return false;
+  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  stepping.reset();
+  stepping.suspendAll = true;
+  return true;
+}
+
+bool DebuggerFramework::suspendEntity(unsigned int entity) {
+  ScopedMutex lock(framework_.getMutex());
+  if (controller_.isSuspended() || entity == invalidEntity || !framework_.isEntityRegistered(entity)) return false;
+  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  stepping.reset();
+  stepping.entitiesToSuspend.insert(entity);
+  return true;
+}
+
+bool DebuggerFramework::resume() {
+  ScopedMutex lock(framework_.getMutex());
+  const bool wasSuspended = controller_.isSuspended();
+  framework_.getSteppingState().reset();
+  controller_.resume();
+  return wasSuspended;
+}
+
+bool DebuggerFramework::stepIn() {
+  ScopedMutex lock(framework_.getMutex());
+  if (!controller_.isSuspended()) return false;
+  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  stepping.reset();
+  stepping.entitiesToSuspend.insert(stepping.suspendedEntity);
+  controller_.resume();
+  return true;
+}
+
+bool DebuggerFramework::stepOver() {
+  ScopedMutex lock(framework_.getMutex());
+  if (!controller_.isSuspended()) return false;
+  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  stepping.reset();
+  const unsigned int entity = stepping.suspendedEntity;
+  const unsigned int depth = framework_.countContexts(entity);
+  if (depth > 0) {
+    stepping.stepOverTarget = framework_.getContext(entity, depth - 1, nullptr);
+    stepping.targetEntity = entity;
+  }
+  controller_.resume();
+  return true;
+}
+
+bool DebuggerFramework::stepOut() {
+  ScopedMutex lock(framework_.getMutex());
+  if (!controller_.isSuspended()) return false;
+  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  stepping.reset();
+  const unsigned int entity = stepping.suspendedEntity;
+  const unsigned int depth = framework_.countContexts(entity);
+  if (depth >= 2) {
+    stepping.stepOutTarget = framework_.getContext(entity, depth - 2, nullptr);
+    stepping.targetEntity = entity;
+  }
+  controller_.resume();
+  return true;
+}
+
+void DebuggerFramework::doDisable(bool& enabled) {
+  ScopedMutex lock(framework_.getMutex());
+  // The flag first: the engine thread, once woken, must not meet a stop again.
+  AbstractEngine::doDisable(enabled);
+  resume();
+}
+
+// ---- Resources.
+
+resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned int length, const DynamicObject&,
+                                                      AbstractObjectBuilder& builder) {
+  // Resource calls arrive under the framework mutex; taking it again keeps direct
+  // callers consistent too (the stacks must not move while they are written).
+  ScopedMutex lock(framework_.getMutex());
+  unsigned int begin = 0;
+  unsigned int end = 0;
+  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+    return reply(builder, [](AbstractObjectBuilder& out) {
+      return out.beginObject() && out.objectChild("name") && out.string("default") && out.objectChild("description") &&
+             out.string("") && out.endObject();
+    });
+  }
+  unsigned int restBegin = 0;
+  unsigned int restEnd = 0;
+  const bool hasMore = Uri::retrieveFirstPathSegment(path + end, length - end, restBegin, restEnd);
+  if (isSegment(path, begin, end, "entities")) return retrieveEntityResource(path + end, length - end, builder);
+  if (!hasMore && (isSegment(path, begin, end, "suspend") || isSegment(path, begin, end, "resume"))) {
+    return reply(builder, [this](AbstractObjectBuilder& out) { return writeSuspension(out); });
+  }
+  return resources::unknown;
+}
+
+bool DebuggerFramework::writeSuspension(AbstractObjectBuilder& out) {
+  // Keeps suspend and resume still, so that both members describe one moment.
+  ExecutionController::ScopedControlLocker controls(controller_);
+  const bool suspended = controller_.isSuspended();
+  const unsigned int entity = suspended ? framework_.getSteppingState().suspendedEntity : invalidEntity;
+  return out.beginObject() && out.objectChild("suspended") && out.boolean(suspended) && out.objectChild("entity") &&
+         out.integer(entity) && out.endObject();
+}
+
+// `path` is what follows "entities".
+resources::Status DebuggerFramework::retrieveEntityResource(const char* path, unsigned int length,
+                                                            AbstractObjectBuilder& builder) {
+  unsigned int begin = 0;
+  unsigned int end = 0;
+  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+    const Vector<unsigned int> entities = framework_.getEntities();
+    return reply(builder, [&entities](AbstractObjectBuilder& out) {
+      bool written = out.beginArray();
+      for (unsigned int entity : entities) {
+        written = written && out.arrayChild() && out.beginObject() && out.objectChild("index") && out.integer(entity) &&
+                  out.endObject();
+      }
+      return written && out.endArray();
+    });
+  }
+  unsigned int entity = 0;
+  if (!parseUnsigned(path + begin, end - begin, entity)) return resources::unknown;
+  if (!framework_.isEntityRegistered(entity)) {
+    NOX_FAIL("No entity #" << entity);
+    return resources::unknown;
+  }
+  // Below the entity: nothing, "contexts", or "contexts/<index>".
+  path += end;
+  length -= end;
+  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+    return reply(builder, [&](AbstractObjectBuilder& out) {
+      return out.beginObject() && out.objectChild("contexts") && writeContextList(entity, out) && out.endObject();
+    });
+  }
+  if (!isSegment(path, begin, end, "contexts")) return resources::unknown;
+  path += end;
+  length -= end;
+  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+    return reply(builder, [&](AbstractObjectBuilder& out) { return writeContextList(entity, out); });
+  }
+  unsigned int index = 0;
+  if (!parseUnsigned(path + begin, end - begin, index)) return resources::unknown;
+  unsigned int extraBegin = 0;
+  unsigned int extraEnd = 0;
+  if (Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) return resources::unknown;
+  const AbstractContext* context = index < framework_.countContexts(entity) ? getContext(entity, index) : nullptr;
+  if (context == nullptr) {
+    NOX_FAIL("No context for entity #" << entity << " at index " << index);
+    return resources::unknown;
+  }
+  return reply(builder, [context](AbstractObjectBuilder& out) { return context->serialize(out); });
+}
+
+bool DebuggerFramework::writeContextList(unsigned int entity, AbstractObjectBuilder& out) const {
+  bool written = out.beginArray();
+  for (unsigned int index = 0, count = framework_.countContexts(entity); written && index < count; ++index) {
+    const AbstractContext* context = framework_.getContext(entity, index, nullptr);
+    written = out.arrayChild() && out.beginObject() && out.objectChild("index") && out.integer(index) &&
+              out.objectChild("location") && impl::writeUri(out, context->getLocation()) && out.endObject();
+  }
+  return written && out.endArray();
+}
+
+resources::Status DebuggerFramework::createResource(const char* path, unsigned int length, const DynamicObject& request,
+                                                    AbstractObjectBuilder& builder) {
+  unsigned int begin = 0;
+  unsigned int end = 0;
+  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::unknown;
+  unsigned int extraBegin = 0;
+  unsigned int extraEnd = 0;
+  if (Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) return resources::unknown;
+  return runCommand(path, begin, end, request, builder);
+}
+
+resources::Status DebuggerFramework::runCommand(const char* path, unsigned int begin, unsigned int end,
+                                                const DynamicObject& request, AbstractObjectBuilder& builder) {
+  bool accepted = false;
+  if (isSegment(path, begin, end, "suspend")) {
+    const unsigned int property = request.getProperty("entity");
+    const type::Type kind = property != 0 ? request.getType(property) : type::null;
+    if (kind == type::integer || kind == type::real) {
+      const std::int64_t entity = request.getInt(property);
+      if (entity < 0 || entity > std::numeric_limits<unsigned int>::max()) return resources::error;
+      accepted = entity == invalidEntity ? suspend() : suspendEntity(static_cast<unsigned int>(entity));
+    } else {
+      accepted = suspend();
+    }
+  } else if (isSegment(path, begin, end, "resume")) {
+    accepted = resume();
+  } else if (isSegment(path, begin, end, "stepin")) {
+    accepted = stepIn();
+  } else if (isSegment(path, begin, end, "stepover")) {
+    accepted = stepOver();
+  } else if (isSegment(path, begin, end, "stepout")) {
+    accepted = stepOut();
+  } else {
+    return resources::unknown;
+  }
+  return accepted ? replyNull(builder) : resources::error;
+}
+
+}  // namespace nox::utils::debugger

@@ -1,0 +1,37 @@
+// The filters of a request that takes filters, in the order added, owned: they are
+// destroyed with the list.
+#pragma once
+
+#include <nox/utils/Containers.h>
+#include <nox/utils/Export.h>
+
+namespace nox::utils::debugger {
+class AbstractEventFilter;
+class AbstractEventFilterVisitor;
+}  // namespace nox::utils::debugger
+
+namespace nox::utils::debugger::impl {
+
+class NOX_UTILS_API EventFilterList {
+ public:
+  EventFilterList() = default;
+  ~EventFilterList();
+
+  EventFilterList(const EventFilterList&) = delete;
+  EventFilterList& operator=(const EventFilterList&) = delete;
+
+  // Takes ownership; null is refused.
+  bool add(AbstractEventFilter* filter);
+  void updateAll();
+  // Offers every filter, in order, to each visitor.
+  void acceptAll(AbstractEventFilterVisitor& first) const;
+  void acceptAll(AbstractEventFilterVisitor& first, AbstractEventFilterVisitor& second,
+                 AbstractEventFilterVisitor& third) const;
+
+  const Vector<AbstractEventFilter*>& get() const { return filters_; }
+
+ private:
+  Vector<AbstractEventFilter*> filters_;
+};
+
+}  // namespace nox::utils::debugger::impl

@@ -19,7 +19,11 @@ bool MemoryInputOutput::write(const char* data, unsigned int size, AbstractLogge
     NOX_FAIL("writing " << size << " bytes from a null buffer");
     return false;
   }
-  bytes_.insert(bytes_.end(), data, data + size);
+  // With a non-standard allocator the vector's range insert copies byte by byte; growing
+  // then copying in one block is several times faster on large documents.
+  const std::size_t end = bytes_.size();
+  bytes_.resize(end + size);
+  if (size != 0) std::memcpy(bytes_.data() + end, data, size);
   return true;
 }
 

@@ -1,0 +1,465 @@
+// DynamicObject against RapidJSON and nlohmann::json doing the same work on the same
+// data: 1 000 objects "a<i>" of 100 children "child<j>" holding integers, reals and
+// strings (100 000 properties), built, looked up by path, iterated and copied.
+//
+// Memory is reported per property: ours from the library allocator, the peers by
+// counting their heap use (a global operator new for nlohmann, a counting base
+// allocator under RapidJSON's memory pool).
+#include <nox/allocator/Allocator.h>
+#include <nox/utils/DynamicObject.h>
+#include <nox/utils/DynamicObjectBuilder.h>
+#include <nox/utils/DynamicObjectIterator.h>
+#include <nox/utils/StringTable.h>
+
+#include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
+#include <rapidjson/document.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/Ratios.h"
+
+// ---- Heap counting for the peers. Each block carries its requested size in front,
+// as the library allocator does, so both sides count requested bytes.
+
+namespace {
+
+std::atomic<std::int64_t> heapLiveBytes{0};
+constexpr std::size_t heapHeaderSize = 16;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* raw = std::malloc(size + heapHeaderSize);
+  if (raw == nullptr) throw std::bad_alloc();
+  *static_cast<std::size_t*>(raw) = size;
+  heapLiveBytes.fetch_add(static_cast<std::int64_t>(size), std::memory_order_relaxed);
+  return static_cast<char*>(raw) + heapHeaderSize;
+}
+
+void operator delete(void* pointer) noexcept {
+  if (pointer == nullptr) return;
+  void* raw = static_cast<char*>(pointer) - heapHeaderSize;
+  heapLiveBytes.fetch_sub(static_cast<std::int64_t>(*static_cast<std::size_t*>(raw)), std::memory_order_relaxed);
+  std::free(raw);
+}
+
+void* operator new[](std::size_t size) { return ::operator new(size); }
+void operator delete[](void* pointer) noexcept { ::operator delete(pointer); }
+void operator delete(void* pointer, std::size_t) noexcept { ::operator delete(pointer); }
+void operator delete[](void* pointer, std::size_t) noexcept { ::operator delete(pointer); }
+
+namespace {
+
+using nox::utils::DynamicObject;
+using nox::utils::DynamicObjectBuilder;
+using nox::utils::DynamicObjectIterator;
+namespace type = nox::utils::type;
+using Json = nlohmann::json;
+
+constexpr int objectCount = 1000;
+constexpr int childCount = 100;
+constexpr int propertyCount = objectCount * childCount;
+
+// RapidJSON's default base allocator (malloc), counting what its memory pool takes.
+class CountingCrtAllocator {
+ public:
+  static const bool kNeedFree = true;
+  void* Malloc(std::size_t size) {
+    if (size == 0) return nullptr;
+    bytes += static_cast<std::int64_t>(size);
+    return std::malloc(size);
+  }
+  void* Realloc(void* original, std::size_t originalSize, std::size_t newSize) {
+    if (newSize == 0) {
+      std::free(original);
+      return nullptr;
+    }
+    bytes += static_cast<std::int64_t>(newSize) - static_cast<std::int64_t>(originalSize);
+    return std::realloc(original, newSize);
+  }
+  static void Free(void* pointer) { std::free(pointer); }
+
+  // Only read while one counted document is alive, so frees need not be subtracted.
+  static std::int64_t bytes;
+};
+std::int64_t CountingCrtAllocator::bytes = 0;
+
+using CountingDocument = rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<CountingCrtAllocator>,
+                                                    CountingCrtAllocator>;
+
+// The shared data set.
+struct Data {
+  Data() {
+    for (int i = 0; i < objectCount; ++i) objectNames.push_back("a" + std::to_string(i));
+    for (int j = 0; j < childCount; ++j) {
+      childNames.push_back("child" + std::to_string(j));
+      texts.push_back("text" + std::to_string(j));
+    }
+    for (int i = 0; i < objectCount; ++i) {
+      for (int j = 0; j < childCount; ++j) lookups.push_back({i, j, objectNames[i] + "." + childNames[j]});
+    }
+    std::shuffle(lookups.begin(), lookups.end(), std::mt19937(42));
+  }
+
+  // Children cycle through an integer, a real and a string.
+  int kindOf(int child) const { return child % 3; }
+  std::int64_t integerOf(int object, int child) const { return object * childCount + child; }
+  double realOf(int object, int child) const { return (object * childCount + child) * 0.25; }
+
+  struct Lookup {
+    int object;
+    int child;
+    std::string path;
+  };
+
+  std::vector<std::string> objectNames;
+  std::vector<std::string> childNames;
+  std::vector<std::string> texts;
+  std::vector<Lookup> lookups;
+};
+
+const Data& data() {
+  static const Data instance;
+  return instance;
+}
+
+// ---- Building.
+
+void buildOurs(DynamicObject& object) {
+  const Data& d = data();
+  DynamicObjectBuilder builder(object, 0);
+  builder.begin();
+  builder.beginObject();
+  for (int i = 0; i < objectCount; ++i) {
+    builder.objectChild(d.objectNames[i].data(), static_cast<unsigned int>(d.objectNames[i].size()));
+    builder.beginObject();
+    for (int j = 0; j < childCount; ++j) {
+      builder.objectChild(d.childNames[j].data(), static_cast<unsigned int>(d.childNames[j].size()));
+      switch (d.kindOf(j)) {
+        case 0:
+          builder.integer(d.integerOf(i, j));
+          break;
+        case 1:
+          builder.real(d.realOf(i, j));
+          break;
+        default:
+          builder.string(d.texts[j].data(), static_cast<unsigned int>(d.texts[j].size()));
+      }
+    }
+    builder.endObject();
+  }
+  builder.endObject();
+  builder.end();
+}
+
+// The faster of nlohmann's natural forms: each parent is looked up once, not once per child.
+void buildNlohmann(Json& root) {
+  const Data& d = data();
+  root = Json::object();
+  for (int i = 0; i < objectCount; ++i) {
+    Json& parent = root[d.objectNames[i]];
+    for (int j = 0; j < childCount; ++j) {
+      Json& child = parent[d.childNames[j]];
+      switch (d.kindOf(j)) {
+        case 0:
+          child = d.integerOf(i, j);
+          break;
+        case 1:
+          child = d.realOf(i, j);
+          break;
+        default:
+          child = d.texts[j];
+      }
+    }
+  }
+}
+
+template <class Document>
+void buildRapidJson(Document& document) {
+  const Data& d = data();
+  auto& allocator = document.GetAllocator();
+  using Value = rapidjson::GenericValue<rapidjson::UTF8<>, typename Document::AllocatorType>;
+  document.SetObject();
+  for (int i = 0; i < objectCount; ++i) {
+    Value parent(rapidjson::kObjectType);
+    for (int j = 0; j < childCount; ++j) {
+      Value key(d.childNames[j].data(), static_cast<rapidjson::SizeType>(d.childNames[j].size()), allocator);
+      Value value;
+      switch (d.kindOf(j)) {
+        case 0:
+          value.SetInt64(d.integerOf(i, j));
+          break;
+        case 1:
+          value.SetDouble(d.realOf(i, j));
+          break;
+        default:
+          value.SetString(d.texts[j].data(), static_cast<rapidjson::SizeType>(d.texts[j].size()), allocator);
+      }
+      parent.AddMember(key, value, allocator);
+    }
+    Value key(d.objectNames[i].data(), static_cast<rapidjson::SizeType>(d.objectNames[i].size()), allocator);
+    document.AddMember(key, parent, allocator);
+  }
+}
+
+void setPerProperty(benchmark::State& state, const char* name, double total) {
+  state.counters[name] = benchmark::Counter(total / propertyCount);
+}
+
+void BM_DynamicObjectBuild(benchmark::State& state) {
+  nox::allocator::Allocator& allocator = nox::allocator::Allocator::instance();
+  {
+    std::uint64_t bytesBefore = allocator.liveBytes();
+    std::uint64_t allocationsBefore = allocator.allocationCount();
+    DynamicObject object;
+    buildOurs(object);
+    setPerProperty(state, "bytes/prop", static_cast<double>(allocator.liveBytes() - bytesBefore));
+    setPerProperty(state, "allocs/prop", static_cast<double>(allocator.allocationCount() - allocationsBefore));
+  }
+  for (auto _ : state) {
+    DynamicObject object;
+    buildOurs(object);
+    benchmark::DoNotOptimize(object);
+  }
+}
+BENCHMARK(BM_DynamicObjectBuild)->Unit(benchmark::kMillisecond);
+
+// Objects built one after the other on one block allocator and string table, as a
+// program that builds many objects would share them: blocks are recycled instead of
+// coming fresh from the heap.
+void BM_DynamicObjectBuildSharedBlocks(benchmark::State& state) {
+  DynamicObject::NodeAllocator blocks(128);
+  nox::utils::StringTable strings(100);
+  for (auto _ : state) {
+    DynamicObject object(blocks, strings);
+    buildOurs(object);
+    benchmark::DoNotOptimize(object);
+  }
+}
+BENCHMARK(BM_DynamicObjectBuildSharedBlocks)->Unit(benchmark::kMillisecond);
+
+void BM_NlohmannBuild(benchmark::State& state) {
+  {
+    std::int64_t before = heapLiveBytes.load();
+    Json root;
+    buildNlohmann(root);
+    setPerProperty(state, "bytes/prop", static_cast<double>(heapLiveBytes.load() - before));
+  }
+  for (auto _ : state) {
+    Json root;
+    buildNlohmann(root);
+    benchmark::DoNotOptimize(root);
+  }
+}
+BENCHMARK(BM_NlohmannBuild)->Unit(benchmark::kMillisecond);
+
+void BM_RapidJsonBuild(benchmark::State& state) {
+  {
+    CountingCrtAllocator::bytes = 0;
+    CountingDocument document;
+    buildRapidJson(document);
+    setPerProperty(state, "bytes/prop", static_cast<double>(CountingCrtAllocator::bytes));
+  }
+  for (auto _ : state) {
+    rapidjson::Document document;
+    buildRapidJson(document);
+    benchmark::DoNotOptimize(document);
+  }
+}
+BENCHMARK(BM_RapidJsonBuild)->Unit(benchmark::kMillisecond);
+
+// ---- The built data sets, shared by the read benchmarks.
+
+const DynamicObject& ourObject() {
+  static const DynamicObject* object = [] {
+    auto* built = new DynamicObject;
+    buildOurs(*built);
+    return built;
+  }();
+  return *object;
+}
+
+const Json& nlohmannRoot() {
+  static const Json* root = [] {
+    auto* built = new Json;
+    buildNlohmann(*built);
+    return built;
+  }();
+  return *root;
+}
+
+const rapidjson::Document& rapidJsonDocument() {
+  static const rapidjson::Document* document = [] {
+    auto* built = new rapidjson::Document;
+    buildRapidJson(*built);
+    return built;
+  }();
+  return *document;
+}
+
+// ---- Lookups by path, each followed by a typed read.
+
+void BM_DynamicObjectLookup(benchmark::State& state) {
+  const DynamicObject& object = ourObject();
+  const Data& d = data();
+  for (auto _ : state) {
+    std::int64_t sum = 0;
+    for (const Data::Lookup& lookup : d.lookups) {
+      unsigned int property = object.getProperty(lookup.path.data(), static_cast<unsigned int>(lookup.path.size()));
+      switch (object.getType(property)) {
+        case type::integer:
+          sum += object.getInt(property);
+          break;
+        case type::real:
+          sum += static_cast<std::int64_t>(object.getReal(property));
+          break;
+        default:
+          sum += object.getString(property)[4];
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * propertyCount);
+}
+BENCHMARK(BM_DynamicObjectLookup)->Unit(benchmark::kMillisecond);
+
+// The peers get the path already split into its two names, as their users hold them.
+void BM_NlohmannLookup(benchmark::State& state) {
+  const Json& root = nlohmannRoot();
+  const Data& d = data();
+  for (auto _ : state) {
+    std::int64_t sum = 0;
+    for (const Data::Lookup& lookup : d.lookups) {
+      const Json& value = root[d.objectNames[lookup.object]][d.childNames[lookup.child]];
+      if (value.is_number_integer()) {
+        sum += value.get<std::int64_t>();
+      } else if (value.is_number_float()) {
+        sum += static_cast<std::int64_t>(value.get<double>());
+      } else {
+        sum += value.get_ref<const std::string&>()[4];
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * propertyCount);
+}
+BENCHMARK(BM_NlohmannLookup)->Unit(benchmark::kMillisecond);
+
+void BM_RapidJsonLookup(benchmark::State& state) {
+  const rapidjson::Document& document = rapidJsonDocument();
+  const Data& d = data();
+  for (auto _ : state) {
+    std::int64_t sum = 0;
+    for (const Data::Lookup& lookup : d.lookups) {
+      const rapidjson::Value& parent = document.FindMember(d.objectNames[lookup.object].c_str())->value;
+      const rapidjson::Value& value = parent.FindMember(d.childNames[lookup.child].c_str())->value;
+      if (value.IsInt64()) {
+        sum += value.GetInt64();
+      } else if (value.IsDouble()) {
+        sum += static_cast<std::int64_t>(value.GetDouble());
+      } else {
+        sum += value.GetString()[4];
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * propertyCount);
+}
+BENCHMARK(BM_RapidJsonLookup)->Unit(benchmark::kMillisecond);
+
+// ---- Iteration over every property (objects included): key length and type of each.
+
+void BM_DynamicObjectIterate(benchmark::State& state) {
+  const DynamicObject& object = ourObject();
+  for (auto _ : state) {
+    std::uint64_t sum = 0;
+    for (DynamicObjectIterator it(object, 0); !it.next().end();) {
+      sum += it.getKeyLength() + object.getType(it.getProperty());
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(BM_DynamicObjectIterate)->Unit(benchmark::kMillisecond);
+
+void BM_NlohmannIterate(benchmark::State& state) {
+  const Json& root = nlohmannRoot();
+  for (auto _ : state) {
+    std::uint64_t sum = 0;
+    for (auto parent = root.begin(); parent != root.end(); ++parent) {
+      sum += parent.key().size() + static_cast<std::uint64_t>(parent->type());
+      for (auto child = parent->begin(); child != parent->end(); ++child) {
+        sum += child.key().size() + static_cast<std::uint64_t>(child->type());
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(BM_NlohmannIterate)->Unit(benchmark::kMillisecond);
+
+void BM_RapidJsonIterate(benchmark::State& state) {
+  const rapidjson::Document& document = rapidJsonDocument();
+  for (auto _ : state) {
+    std::uint64_t sum = 0;
+    for (auto parent = document.MemberBegin(); parent != document.MemberEnd(); ++parent) {
+      sum += parent->name.GetStringLength() + parent->value.GetType();
+      for (auto child = parent->value.MemberBegin(); child != parent->value.MemberEnd(); ++child) {
+        sum += child->name.GetStringLength() + child->value.GetType();
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(BM_RapidJsonIterate)->Unit(benchmark::kMillisecond);
+
+// ---- Copy of the whole object (and its destruction).
+
+void BM_DynamicObjectCopy(benchmark::State& state) {
+  const DynamicObject& object = ourObject();
+  for (auto _ : state) {
+    DynamicObject copy(object);
+    benchmark::DoNotOptimize(copy);
+  }
+}
+BENCHMARK(BM_DynamicObjectCopy)->Unit(benchmark::kMillisecond);
+
+void BM_NlohmannCopy(benchmark::State& state) {
+  const Json& root = nlohmannRoot();
+  for (auto _ : state) {
+    Json copy = root;
+    benchmark::DoNotOptimize(copy);
+  }
+}
+BENCHMARK(BM_NlohmannCopy)->Unit(benchmark::kMillisecond);
+
+void BM_RapidJsonCopy(benchmark::State& state) {
+  const rapidjson::Document& document = rapidJsonDocument();
+  for (auto _ : state) {
+    rapidjson::Document copy;
+    copy.CopyFrom(document, copy.GetAllocator());
+    benchmark::DoNotOptimize(copy);
+  }
+}
+BENCHMARK(BM_RapidJsonCopy)->Unit(benchmark::kMillisecond);
+
+NOX_BENCH_RATIO("DynamicObject build / nlohmann build", "BM_DynamicObjectBuild", "BM_NlohmannBuild", 1.0);
+NOX_BENCH_RATIO("DynamicObject path lookup / nlohmann lookup", "BM_DynamicObjectLookup", "BM_NlohmannLookup", 0.25);
+NOX_BENCH_RATIO("DynamicObject iteration / nlohmann iteration", "BM_DynamicObjectIterate", "BM_NlohmannIterate",
+                1.0);
+NOX_BENCH_RATIO("DynamicObject copy / nlohmann copy", "BM_DynamicObjectCopy", "BM_NlohmannCopy", 0.5);
+// For information: RapidJSON trades lookups (linear member search) for build speed.
+NOX_BENCH_RATIO("DynamicObject build / RapidJSON build", "BM_DynamicObjectBuild", "BM_RapidJsonBuild", 100.0);
+NOX_BENCH_RATIO("DynamicObject path lookup / RapidJSON lookup", "BM_DynamicObjectLookup", "BM_RapidJsonLookup",
+                100.0);
+NOX_BENCH_RATIO("DynamicObject iteration / RapidJSON iteration", "BM_DynamicObjectIterate", "BM_RapidJsonIterate",
+                100.0);
+NOX_BENCH_RATIO("DynamicObject copy / RapidJSON copy", "BM_DynamicObjectCopy", "BM_RapidJsonCopy", 100.0);
+
+}  // namespace

@@ -1,0 +1,1465 @@
+#include <nox/utils/DynamicObject.h>
+
+#include <nox/allocator/Allocator.h>
+#include <nox/utils/AbstractObjectBuilder.h>
+#include <nox/utils/Assertion.h>
+#include <nox/utils/DynamicObjectIterator.h>
+#include <nox/utils/StringTable.h>
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace nox::utils {
+
+namespace {
+
+using Node = details::DynamicObjectNode;
+
+constexpr unsigned int defaultBlockSize = 128;
+constexpr unsigned int defaultStringSeed = 100;
+// "[4294967295]" and a spare byte.
+constexpr unsigned int arrayKeyCapacity = 16;
+
+unsigned int lengthOf(const char* text) { return text != nullptr ? static_cast<unsigned int>(std::strlen(text)) : 0; }
+
+bool isSeparator(std::int8_t byte) { return byte == '.' || byte == '['; }
+
+bool isContainer(std::uint32_t type) { return type == type::array || type == type::object; }
+
+// Whether a stored type code is one of type::Type.
+bool isKnownType(std::uint32_t type) { return type <= type::object; }
+
+// A stack that lives on the machine stack while small; the trie walks below use it so
+// that neither long keys nor deep tries recurse or allocate in the common case.
+template <class T, std::size_t InlineCapacity = 64>
+class SmallStack {
+ public:
+  void push(const T& value) {
+    if (size_ < InlineCapacity) {
+      inline_[size_] = value;
+    } else {
+      overflow_.push_back(value);
+    }
+    ++size_;
+  }
+  void pop() {
+    --size_;
+    if (size_ >= InlineCapacity) overflow_.pop_back();
+  }
+  T& operator[](std::size_t index) {
+    return index < InlineCapacity ? inline_[index] : overflow_[index - InlineCapacity];
+  }
+  T& top() { return (*this)[size_ - 1]; }
+  bool empty() const { return size_ == 0; }
+  std::size_t size() const { return size_; }
+
+ private:
+  T inline_[InlineCapacity];
+  Vector<T> overflow_;
+  std::size_t size_ = 0;
+};
+
+// `prefix` followed by a name, assembled on the stack for the usual short names.
+class PrefixedKey {
+ public:
+  PrefixedKey(char prefix, const char* name, unsigned int length) : size_(length + 1) {
+    char* data = inline_;
+    if (size_ > sizeof inline_) {
+      overflow_.resize(size_);
+      data = overflow_.data();
+    }
+    data[0] = prefix;
+    std::memcpy(data + 1, name, length);
+    data_ = data;
+  }
+  PrefixedKey(const PrefixedKey&) = delete;
+  PrefixedKey& operator=(const PrefixedKey&) = delete;
+
+  const char* data() const { return data_; }
+  unsigned int size() const { return size_; }
+
+ private:
+  char inline_[96];
+  Vector<char> overflow_;
+  const char* data_;
+  unsigned int size_;
+};
+
+std::string_view textOf(const char* text, unsigned int length) {
+  return text != nullptr ? std::string_view(text, length) : std::string_view();
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------
+// Construction and whole-object operations.
+
+DynamicObject::DynamicObject()
+    : blockAllocator_(NOX_NEW NodeAllocator(defaultBlockSize)),
+      stringTable_(NOX_NEW StringTable(defaultStringSeed)),
+      owning_(true) {
+  initializeBlockGeometry();
+  addRootProperty();
+}
+
+DynamicObject::DynamicObject(NodeAllocator& allocator, StringTable& strings)
+    : blockAllocator_(&allocator), stringTable_(&strings), owning_(false) {
+  initializeBlockGeometry();
+  addRootProperty();
+}
+
+DynamicObject::DynamicObject(const DynamicObject& other)
+    : blockAllocator_(NOX_NEW NodeAllocator(other.blockSize_)),
+      stringTable_(NOX_NEW StringTable(*other.stringTable_)),
+      owning_(true) {
+  initializeBlockGeometry();
+  doMemoryCopy(other);
+}
+
+DynamicObject::DynamicObject(const Ref& other)
+    : blockAllocator_(other.get().blockAllocator_), stringTable_(other.get().stringTable_), owning_(false) {
+  initializeBlockGeometry();
+  doMemoryCopy(other.get());
+}
+
+DynamicObject& DynamicObject::operator=(const DynamicObject& other) {
+  if (this == &other) return *this;
+  doClear();
+  if (blockSize_ == other.blockSize_ && stringTable_ == other.stringTable_) {
+    doMemoryCopy(other);
+  } else {
+    // Handles mean nothing across block sizes and string hashes nothing across tables:
+    // rebuild property by property instead.
+    addRootProperty();
+    copySubtree(root_, other, other.root_);
+  }
+  return *this;
+}
+
+DynamicObject::~DynamicObject() {
+  doClear();
+  if (owning_) {
+    NOX_DELETE(stringTable_);
+    NOX_DELETE(blockAllocator_);
+  }
+}
+
+void DynamicObject::initializeBlockGeometry() {
+  blockSize_ = blockAllocator_->getBlockSize();
+  blockShift_ = 32;
+  if (blockSize_ != 0 && (blockSize_ & (blockSize_ - 1)) == 0) {
+    blockShift_ = 0;
+    while ((1u << blockShift_) != blockSize_) ++blockShift_;
+  }
+  usedInLastBlock_ = blockSize_;
+}
+
+bool DynamicObject::empty() const {
+  const Node* value = findValueNode(root_);
+  return value == nullptr || value->value.type == type::null;
+}
+
+void DynamicObject::clear() {
+  doClear();
+  addRootProperty();
+}
+
+void DynamicObject::doClear() {
+  for (Node* block : blocks_) blockAllocator_->releaseBlock(block);
+  blocks_.clear();
+  freeListHead_ = 0;
+  usedInLastBlock_ = blockSize_;
+}
+
+void DynamicObject::doMemoryCopy(const DynamicObject& source) {
+  blocks_.reserve(source.blocks_.size());
+  for (const Node* sourceBlock : source.blocks_) {
+    Node* block = blockAllocator_->acquireBlock();
+    std::memcpy(static_cast<void*>(block), sourceBlock, static_cast<std::size_t>(blockSize_) * sizeof(Node));
+    blocks_.push_back(block);
+  }
+  root_ = source.root_;
+  usedInLastBlock_ = source.usedInLastBlock_;
+  // The source's free list is deliberately not taken over: its nodes stay unused here.
+  freeListHead_ = 0;
+}
+
+unsigned int DynamicObject::countFreeNodes() const {
+  unsigned int count = 0;
+  for (unsigned int handle = freeListHead_; handle != 0; handle = getNode(handle)->split.greater) ++count;
+  return count;
+}
+
+unsigned int DynamicObject::countUsedNodes() const {
+  const unsigned int carved = static_cast<unsigned int>(blocks_.size()) * blockSize_ - (blockSize_ - usedInLastBlock_);
+  return carved - countFreeNodes();
+}
+
+// ---------------------------------------------------------------------------------------
+// Nodes.
+
+Node* DynamicObject::reportBlockIndexOutOfRange() {
+  NOX_FAIL("Block index out of range");
+  return nullptr;
+}
+
+Node* DynamicObject::allocateNode(char splitByte, unsigned int& handle) {
+  Node* node;
+  if (freeListHead_ != 0) {
+    handle = freeListHead_;
+    node = getNode(handle);
+    freeListHead_ = node->split.greater;
+  } else {
+    if (usedInLastBlock_ >= blockSize_) {
+      blocks_.push_back(blockAllocator_->acquireBlock());
+      usedInLastBlock_ = 0;
+    }
+    node = blocks_.back() + usedInLastBlock_;
+    handle = static_cast<unsigned int>(blocks_.size() - 1) * blockSize_ + usedInLastBlock_ + 1;
+    ++usedInLastBlock_;
+  }
+  std::memset(static_cast<void*>(node), 0, sizeof(Node));
+  node->split.splitByte = static_cast<std::int8_t>(splitByte);
+  return node;
+}
+
+Node* DynamicObject::allocateValueNode(unsigned int& handle) {
+  Node* node = allocateNode(0, handle);
+  node->value.flag = 1;
+  return node;
+}
+
+void DynamicObject::deallocateNode(Node* node, unsigned int handle) {
+  const unsigned int lastCarved = static_cast<unsigned int>(blocks_.size() - 1) * blockSize_ + usedInLastBlock_;
+  if (usedInLastBlock_ > 0 && handle == lastCarved) {
+    --usedInLastBlock_;
+  } else {
+    node->split.greater = freeListHead_;
+    freeListHead_ = handle;
+  }
+}
+
+void DynamicObject::addRootProperty() {
+  unsigned int entryHandle;
+  Node* entry = allocateNode(7, entryHandle);
+  NOX_ASSERT(entry != nullptr, "Unable to add the root p node.");
+  unsigned int rootHandle;
+  Node* root = allocateNode(0, rootHandle);
+  NOX_ASSERT(root != nullptr, "Unable to add the root split node.");
+  if (entry == nullptr || root == nullptr) return;
+  // Node 1 leads to the root terminator but no search starts there; it keeps the root
+  // handle away from 1.
+  entry->split.equal = rootHandle;
+  root_ = rootHandle;
+  unsigned int valueHandle;
+  allocateValueNode(valueHandle);
+  root->split.equal = valueHandle;
+}
+
+// ---------------------------------------------------------------------------------------
+// Trie search, insertion and erasure. Key bytes compare with split bytes as signed bytes.
+
+Node* DynamicObject::findNode(unsigned int start, const char* key, unsigned int length, bool toTerminator,
+                              unsigned int& handle) const {
+  // The walk keeps its handle in a local: storing through `handle` on every step would
+  // make the compiler reload the block table each time. (Branches beat a branchless
+  // three-way select here: lookups of neighbouring paths take the same turns.)
+  NodeCursor nodes(*this);
+  unsigned int current = start;
+  unsigned int position = 0;
+  while (current != 0 && position < length) {
+    const Node* node = nodes.at(current);
+    if (node == nullptr) {
+      current = 0;
+      break;
+    }
+    if (node->isValueNode()) {
+      // A key byte has run into a value: its payload is no link to follow. Past a zero
+      // byte that is only a key no property can have; anywhere else the trie is broken.
+      NOX_ASSERT(position > 0 && key[position - 1] == 0, "unclean state during trie search - detected leaf node");
+      handle = 0;
+      return nullptr;
+    }
+    const std::int8_t byte = static_cast<std::int8_t>(key[position]);
+    if (byte < node->split.splitByte) {
+      current = node->split.less;
+    } else if (byte > node->split.splitByte) {
+      current = node->split.greater;
+    } else {
+      ++position;
+      // A search to the terminator stays on the node of the last key byte.
+      if (position == length && toTerminator) break;
+      current = node->split.equal;
+    }
+  }
+  Node* node = getNode(current);
+  if (node == nullptr || !toTerminator || node->split.splitByte == 0) {
+    handle = node != nullptr ? current : 0;
+    return node;
+  }
+  // `node` holds the last key byte; its terminator heads the next position.
+  for (current = node->split.equal; current != 0; current = node->split.less) {
+    node = getNode(current);
+    if (node == nullptr) break;
+    if (node->split.splitByte == 0) {
+      handle = current;
+      return node;
+    }
+  }
+  handle = 0;
+  return nullptr;
+}
+
+Node* DynamicObject::findValueNode(unsigned int start, const char* key, unsigned int length, unsigned int& terminator,
+                                   unsigned int& valueHandle) const {
+  Node* node = findNode(start, key, length, true, terminator);
+  Node* value = findValueNode(node, valueHandle);
+  if (value == nullptr) terminator = 0;
+  return value;
+}
+
+Node* DynamicObject::requireValueNode(unsigned int property) const {
+  Node* value = findValueNode(property);
+  NOX_ASSERT(value != nullptr, "Invalid property");
+  return value;
+}
+
+Node* DynamicObject::findOrInsertSplitNode(unsigned int* link, char byte) {
+  const std::int8_t wanted = static_cast<std::int8_t>(byte);
+  while (*link != 0) {
+    Node* node = getNode(*link);
+    if (node == nullptr || node->isValueNode()) return nullptr;
+    if (wanted == node->split.splitByte) return node;
+    link = wanted < node->split.splitByte ? &node->split.less : &node->split.greater;
+  }
+  unsigned int handle;
+  Node* node = allocateNode(byte, handle);
+  *link = handle;
+  return node;
+}
+
+Node* DynamicObject::addProperty(unsigned int start, const char* key, unsigned int length, bool& created,
+                                 unsigned int& terminator, unsigned int& valueHandle) {
+  unsigned int startLink = start;
+  return addPropertyAt(&startLink, key, length, created, terminator, valueHandle);
+}
+
+Node* DynamicObject::addPropertyAt(unsigned int* link, const char* key, unsigned int length, bool& created,
+                                   unsigned int& terminator, unsigned int& valueHandle) {
+  created = false;
+  terminator = 0;
+  valueHandle = 0;
+  NodeCursor nodes(*this);
+  unsigned int position = 0;
+  while (position < length && *link != 0) {
+    Node* node = nodes.at(*link);
+    // A key that runs into a value continues past some key's terminator byte.
+    if (node == nullptr || node->isValueNode()) return nullptr;
+    const std::int8_t byte = static_cast<std::int8_t>(key[position]);
+    if (byte == node->split.splitByte) {
+      ++position;
+      link = &node->split.equal;
+    } else {
+      link = byte < node->split.splitByte ? &node->split.less : &node->split.greater;
+    }
+  }
+  for (; position < length; ++position) {
+    unsigned int handle;
+    Node* node = allocateNode(key[position], handle);
+    *link = handle;
+    link = &node->split.equal;
+  }
+  Node* end = findOrInsertTerminator(link, terminator);
+  if (end == nullptr) return nullptr;
+  if (end->split.equal == 0) {
+    allocateValueNode(valueHandle);
+    end->split.equal = valueHandle;
+    created = true;
+    return getNode(valueHandle);
+  }
+  valueHandle = end->split.equal;
+  Node* value = getNode(valueHandle);
+  NOX_ASSERT(value != nullptr && value->isValueNode(), "Sanity check, that this is a valid node.");
+  return value;
+}
+
+Node* DynamicObject::findOrInsertTerminator(unsigned int* link, unsigned int& handle) {
+  for (unsigned int* search = link; *search != 0;) {
+    Node* node = getNode(*search);
+    if (node == nullptr || node->isValueNode()) return nullptr;
+    if (node->split.splitByte == 0) {
+      handle = *search;
+      return node;
+    }
+    search = node->split.splitByte > 0 ? &node->split.less : &node->split.greater;
+  }
+  // The terminator becomes the root of its position: the keys already there are split
+  // into those ordered before it (bytes 0x80..0xFF) and those after. Everything that
+  // continues the key (names that extend it, the separators of its children) then lies
+  // below the terminator, which is where child operations and iteration look for it.
+  unsigned int lessRoot = 0;
+  unsigned int greaterRoot = 0;
+  SmallStack<unsigned int*> lessSpine;
+  SmallStack<unsigned int*> greaterSpine;
+  unsigned int* lessTail = &lessRoot;
+  unsigned int* greaterTail = &greaterRoot;
+  for (unsigned int current = *link; current != 0;) {
+    Node* node = getNode(current);
+    if (node->split.splitByte < 0) {
+      *lessTail = current;
+      lessSpine.push(lessTail);
+      lessTail = &node->split.greater;
+      current = node->split.greater;
+    } else {
+      *greaterTail = current;
+      greaterSpine.push(greaterTail);
+      greaterTail = &node->split.less;
+      current = node->split.less;
+    }
+  }
+  *lessTail = 0;
+  *greaterTail = 0;
+  // Cutting the spines may leave a node of an erased key (no equal link) without any
+  // link: nothing would ever prune it, so it goes now.
+  releaseLinklessNodes(lessSpine);
+  releaseLinklessNodes(greaterSpine);
+  Node* node = allocateNode(0, handle);
+  node->split.less = lessRoot;
+  node->split.greater = greaterRoot;
+  *link = handle;
+  return node;
+}
+
+template <class Links>
+void DynamicObject::releaseLinklessNodes(Links& spine) {
+  while (!spine.empty()) {
+    unsigned int* holder = spine.top();
+    Node* node = getNode(*holder);
+    if (node->split.less != 0 || node->split.equal != 0 || node->split.greater != 0) return;
+    deallocateNode(node, *holder);
+    *holder = 0;
+    spine.pop();
+  }
+}
+
+bool DynamicObject::eraseProperty(unsigned int* link, const char* key, unsigned int length, bool& erased) {
+  // The links from `link` down to the value node; nodes are released bottom-up.
+  SmallStack<unsigned int*> path;
+  unsigned int position = 0;
+  while (true) {
+    Node* node = getNode(*link);
+    if (node == nullptr) return false;
+    path.push(link);
+    if (node->isValueNode()) {
+      if (position >= length) break;
+      // The value of another key (the rest of this one ran past a zero byte): it stays.
+      NOX_FAIL("Value node reached before the full exploration of the key.");
+      return false;
+    }
+    // An exhausted key homes in on the terminator (byte 0).
+    const std::int8_t byte = position < length ? static_cast<std::int8_t>(key[position]) : 0;
+    if (byte == node->split.splitByte) {
+      if (position < length) ++position;
+      link = &node->split.equal;
+    } else {
+      link = byte < node->split.splitByte ? &node->split.less : &node->split.greater;
+    }
+  }
+  erased = true;
+  deallocateNode(getNode(*link), *link);
+  *link = 0;
+  path.pop();
+  releaseLinklessNodes(path);
+  return path.empty();
+}
+
+bool DynamicObject::eraseProperty(unsigned int start, const char* key, unsigned int length) {
+  if (key == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return false;
+  }
+  if (requireValueNode(start) == nullptr) return false;
+  // The start keeps its value node, so it is never released through this local link.
+  unsigned int startLink = start;
+  bool erased = false;
+  eraseProperty(&startLink, key, length, erased);
+  return erased;
+}
+
+// ---------------------------------------------------------------------------------------
+// Keys and lookup.
+
+unsigned int DynamicObject::formatArrayKey(char* buffer, unsigned int index) {
+  NOX_ASSERT(index < getMaximumArraySize(), "Array indices must be less than " << getMaximumArraySize() << ".");
+  char digits[10];
+  unsigned int count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + index % 10);
+    index /= 10;
+  } while (index != 0);
+  unsigned int length = 0;
+  buffer[length++] = '[';
+  while (count != 0) buffer[length++] = digits[--count];
+  buffer[length++] = ']';
+  return length;
+}
+
+bool DynamicObject::checkKey(const char* key, unsigned int length) {
+  if (key == nullptr || length == 0) return false;
+  for (unsigned int i = 0; i < length; ++i) {
+    if (key[i] == '.' || key[i] == '[' || key[i] == ']') return false;
+  }
+  return true;
+}
+
+unsigned int DynamicObject::getProperty(const char* path, unsigned int length) const {
+  if (path == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return 0;
+  }
+  unsigned int terminator;
+  unsigned int valueHandle;
+  findValueNode(root_, path, length, terminator, valueHandle);
+  return terminator;
+}
+
+unsigned int DynamicObject::getPropertyAsserts(const char* path, unsigned int length) const {
+  const unsigned int property = getProperty(path, length);
+  NOX_ASSERT(property != 0 || path == nullptr, "Unable to find property for the key '" << textOf(path, length) << "'");
+  return property;
+}
+
+// ---------------------------------------------------------------------------------------
+// Types and values.
+
+type::Type DynamicObject::getType(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
+}
+
+bool DynamicObject::isTypeCompatible(unsigned int property, type::Type requested) const {
+  const Node* value = findValueNode(property);
+  const std::uint32_t type = value != nullptr ? value->value.type : std::uint32_t{type::null};
+  switch (type) {
+    case type::null:
+      return true;
+    case type::integer:
+    case type::real:
+      return requested == type::integer || requested == type::real;
+    case type::string:
+    case type::boolean:
+    case type::array:
+    case type::object:
+      return requested == static_cast<type::Type>(type);
+    default:
+      NOX_FAIL(requested << "is an unknown nox::utils::type.");
+      return false;
+  }
+}
+
+namespace {
+
+// The assertion of a getter that meets a type it cannot convert.
+void reportWrongType(std::uint32_t storedType, const char* message) {
+  if (isKnownType(storedType)) {
+    NOX_FAIL(message);
+  } else {
+    NOX_FAIL(storedType << " is an unknown nox::utils::type");
+  }
+}
+
+}  // namespace
+
+std::int64_t DynamicObject::getInt(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return 0;
+  if (value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
+  if (value->value.type == type::real) return details::truncateToInt64(value->getRealPayload());
+  reportWrongType(value->value.type, "Not an integer or a compatible type");
+  return 0;
+}
+
+double DynamicObject::getReal(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return 0.0;
+  if (value->value.type == type::real) return value->getRealPayload();
+  if (value->value.type == type::integer) return static_cast<double>(static_cast<std::int64_t>(value->getPayload()));
+  reportWrongType(value->value.type, "Not a real or a compatible type");
+  return 0.0;
+}
+
+bool DynamicObject::getBool(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return false;
+  // Booleans are stored inverted: a zeroed payload reads as true.
+  if (value->value.type == type::boolean) return value->getPayload() == 0;
+  reportWrongType(value->value.type, "Not a boolean or a compatible type");
+  return false;
+}
+
+std::uint64_t DynamicObject::getStringHash(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return 0;
+  if (value->value.type == type::string) return value->getPayload();
+  reportWrongType(value->value.type, "Not a string or a compatible type");
+  return 0;
+}
+
+const char* DynamicObject::getString(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return nullptr;
+  // A string property always reads as a text: the empty text under seed 0 hashes to 0,
+  // which the table keeps no entry for.
+  if (value->value.type == type::string) return stringTable_->retrieve(value->getPayload(), "");
+  reportWrongType(value->value.type, "Not a string or a compatible type");
+  return nullptr;
+}
+
+void DynamicObject::retrieveValue(unsigned int property, DynamicValue& out) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return;
+  switch (value->value.type) {
+    case type::null:
+      out.reset();
+      return;
+    case type::integer:
+      out.setInt(static_cast<std::int64_t>(value->getPayload()));
+      return;
+    case type::real:
+      out.setReal(value->getRealPayload());
+      return;
+    case type::string:
+      out.setString(stringTable_->retrieve(value->getPayload(), ""));
+      return;
+    case type::boolean:
+      out.setBool(value->getPayload() == 0);
+      return;
+    default:
+      NOX_FAIL(value->value.type << " is an unknown nox::utils::type");
+      return;
+  }
+}
+
+Node* DynamicObject::prepareScalarWrite(unsigned int property) {
+  Node* value = requireValueNode(property);
+  if (value != nullptr && isContainer(value->value.type) && value->getPayload() > 0) resetProperty(property);
+  return value;
+}
+
+void DynamicObject::writeScalar(unsigned int property, type::Type type, std::uint64_t payload) {
+  Node* value = prepareScalarWrite(property);
+  if (value == nullptr) return;
+  value->value.type = type;
+  value->setPayload(payload);
+}
+
+void DynamicObject::setInt(unsigned int property, std::int64_t value) {
+  writeScalar(property, type::integer, static_cast<std::uint64_t>(value));
+}
+
+void DynamicObject::setReal(unsigned int property, double value) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  writeScalar(property, type::real, bits);
+}
+
+void DynamicObject::setBool(unsigned int property, bool value) { writeScalar(property, type::boolean, value ? 0 : 1); }
+
+void DynamicObject::setString(unsigned int property, const char* text, unsigned int textLength) {
+  if (text == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return;
+  }
+  Node* value = prepareScalarWrite(property);
+  if (value == nullptr) return;
+  value->value.type = type::string;
+  value->setPayload(stringTable_->add(text, textLength, nullptr));
+}
+
+void DynamicObject::setValue(unsigned int property, const DynamicValue& value) {
+  if (requireValueNode(property) == nullptr) return;
+  switch (value.getType()) {
+    case type::integer:
+      setInt(property, value.getInt());
+      return;
+    case type::real:
+      setReal(property, value.getReal());
+      return;
+    case type::string:
+      setString(property, value.getString(), value.getStringLength());
+      return;
+    case type::boolean:
+      setBool(property, value.getBool());
+      return;
+    default:
+      resetProperty(property);
+      return;
+  }
+}
+
+// ---------------------------------------------------------------------------------------
+// Children.
+
+unsigned int DynamicObject::countChildren(unsigned int property) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return 0;
+  if (isContainer(value->value.type)) return static_cast<unsigned int>(value->getPayload());
+  NOX_ASSERT(isKnownType(value->value.type), value->value.type << "is an unknown nox::utils::type.");
+  return 0;
+}
+
+Node* DynamicObject::insertChildKey(unsigned int parent, const char* name, unsigned int length, bool& created,
+                                    unsigned int& child, unsigned int& valueHandle) {
+  if (parent == root_) return addProperty(root_, name, length, created, child, valueHandle);
+  // A child's key continues the parent's path with "." and its name: the separator
+  // node sits in the binary tree right below the parent's terminator.
+  Node* terminator = getNode(parent);
+  Node* separator = findOrInsertSplitNode(&terminator->split.greater, '.');
+  if (separator == nullptr) return nullptr;
+  return addPropertyAt(&separator->split.equal, name, length, created, child, valueHandle);
+}
+
+unsigned int DynamicObject::addChild(unsigned int parent, const char* name, unsigned int nameLength) {
+  if (name == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return 0;
+  }
+  Node* parentValue = requireValueNode(parent);
+  if (parentValue == nullptr) return 0;
+  const std::uint32_t parentType = parentValue->value.type;
+  if (parentType != type::object && parentType != type::null && !isTypeCompatible(parent, type::object)) {
+    NOX_FAIL("The given property is not an object.");
+    return 0;
+  }
+  // Children of the root may be named with the leading full stop of a relative path.
+  if (parent == root_ && nameLength != 0 && name[0] == '.') {
+    ++name;
+    --nameLength;
+  }
+  if (nameLength == 0) return 0;
+  // Like an empty name, a name with a zero byte cannot be a key: the zero byte is what
+  // ends a key in the trie.
+  if (std::memchr(name, 0, nameLength) != nullptr) return 0;
+  // An invalid name is reported, and added all the same.
+  NOX_ASSERT(checkKey(name, nameLength), "The given child key, " << textOf(name, nameLength) << " is invalid.");
+  bool created;
+  unsigned int child;
+  unsigned int valueHandle;
+  if (insertChildKey(parent, name, nameLength, created, child, valueHandle) == nullptr) {
+    NOX_FAIL("Unable to add a child.");
+    return 0;
+  }
+  if (created) {
+    parentValue->setPayload(parentValue->getPayload() + 1);
+    parentValue->value.type = type::object;
+  }
+  return child;
+}
+
+unsigned int DynamicObject::findChild(unsigned int parent, const char* name, unsigned int nameLength) const {
+  if (name == nullptr || nameLength == 0) return 0;
+  unsigned int start = parent;
+  if (parent != root_ && findNode(parent, ".", 1, false, start) == nullptr) return 0;
+  unsigned int child;
+  unsigned int valueHandle;
+  findValueNode(start, name, nameLength, child, valueHandle);
+  return child;
+}
+
+unsigned int DynamicObject::getChild(unsigned int parent, const char* name, unsigned int nameLength) const {
+  if (name == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return 0;
+  }
+  if (requireValueNode(parent) == nullptr) return 0;
+  return findChild(parent, name, nameLength);
+}
+
+bool DynamicObject::hasChild(unsigned int parent, const char* name, unsigned int nameLength) const {
+  return getChild(parent, name, nameLength) != 0;
+}
+
+unsigned int DynamicObject::getChild(unsigned int parent, unsigned int index) const {
+  const Node* value = requireValueNode(parent);
+  if (value == nullptr) return 0;
+  switch (value->value.type) {
+    case type::array: {
+      char key[arrayKeyCapacity];
+      unsigned int element;
+      unsigned int valueHandle;
+      findValueNode(parent, key, formatArrayKey(key, index), element, valueHandle);
+      return element;
+    }
+    case type::object:
+      return findObjectChildByIndex(parent, index);
+    default:
+      NOX_ASSERT(isKnownType(value->value.type), value->value.type << " is an unknown nox::utils::type");
+      return 0;
+  }
+}
+
+unsigned int DynamicObject::findObjectChildByIndex(unsigned int parent, unsigned int index) const {
+  // An in-order walk of everything that continues the parent's path, counting value
+  // nodes. Inside a name the walk does not enter grandchildren or elements.
+  struct Frame {
+    unsigned int handle;
+    unsigned int from;  // the node whose equal link led here
+    unsigned char stage;
+    bool insideName;
+  };
+  const Node* terminator = getNode(parent);
+  SmallStack<Frame> stack;
+  stack.push({terminator->split.greater, 0, 0, false});
+  stack.push({terminator->split.less, 0, 0, false});
+  unsigned int seen = 0;
+  while (!stack.empty()) {
+    const Frame frame = stack.top();
+    const Node* node = getNode(frame.handle);
+    if (node == nullptr) {
+      stack.pop();
+      continue;
+    }
+    if (node->isValueNode()) {
+      if (seen++ == index) return frame.from;
+      stack.pop();
+      continue;
+    }
+    switch (frame.stage) {
+      case 0:
+        stack.top().stage = 1;
+        stack.push({node->split.less, 0, 0, frame.insideName});
+        break;
+      case 1:
+        stack.top().stage = 2;
+        if (!frame.insideName || !isSeparator(node->split.splitByte)) {
+          stack.push({node->split.equal, frame.handle, 0, true});
+        }
+        break;
+      default:
+        stack.top() = {node->split.greater, 0, 0, frame.insideName};
+        break;
+    }
+  }
+  return 0;
+}
+
+bool DynamicObject::eraseChild(unsigned int parent, const char* name, unsigned int nameLength) {
+  if (name == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return false;
+  }
+  if (nameLength == 0) return false;
+  if (parent == root_) return eraseNamedChild(parent, name, nameLength);
+  // From any other parent the search runs through its "." separator.
+  PrefixedKey key('.', name, nameLength);
+  return eraseNamedChild(parent, key.data(), key.size());
+}
+
+bool DynamicObject::eraseNamedChild(unsigned int parent, const char* key, unsigned int length) {
+  unsigned int child;
+  unsigned int valueHandle;
+  if (findValueNode(parent, key, length, child, valueHandle) == nullptr) return false;
+  resetProperty(child);
+  unsigned int parentLink = parent;
+  bool erased = false;
+  eraseProperty(&parentLink, key, length, erased);
+  Node* parentValue = requireValueNode(parent);
+  if (parentValue == nullptr) return false;
+  const std::uint64_t count = parentValue->getPayload();
+  if (count > 0) parentValue->setPayload(count - 1);
+  // Like an array resized to 0, an object without children is null again.
+  if (count <= 1) parentValue->value.type = type::null;
+  return true;
+}
+
+bool DynamicObject::eraseChild(unsigned int array, unsigned int index) {
+  Node* arrayValue = requireValueNode(array);
+  if (arrayValue == nullptr) return false;
+  const std::uint32_t type = arrayValue->value.type;
+  if (type != type::array && type != type::null) {
+    if (isKnownType(type)) {
+      NOX_FAIL("Not an array.");
+    } else {
+      NOX_FAIL(type << " is an unknown nox::utils::type");
+    }
+    return false;
+  }
+  const std::uint64_t count = arrayValue->getPayload();
+  if (type == type::null || index >= count) return true;
+
+  // Each element's value hangs from its terminator's equal link and its descendants from
+  // its greater link, so swapping terminator records moves whole elements: the erased
+  // one travels to the last index.
+  char key[arrayKeyCapacity];
+  Node* previous = nullptr;
+  unsigned int last = 0;
+  for (std::uint64_t i = index; i < count; ++i) {
+    unsigned int element;
+    Node* node = findNode(array, key, formatArrayKey(key, static_cast<unsigned int>(i)), true, element);
+    if (node == nullptr || node->split.splitByte != 0 || node->split.less != 0) {
+      NOX_FAIL("Invalid state, " << element << " is not a valid property node.");
+      return false;
+    }
+    if (node->split.greater != 0) {
+      const Node* separator = getNode(node->split.greater);
+      if (separator == nullptr || !isSeparator(separator->split.splitByte)) {
+        NOX_FAIL("Invalid state, the greater node of " << element << " is not a valid property separator.");
+        return false;
+      }
+    }
+    if (previous != nullptr) std::swap(*previous, *node);
+    previous = node;
+    last = element;
+  }
+  arrayValue->setPayload(count - 1);
+  resetProperty(last);
+  unsigned int arrayLink = array;
+  bool erased = false;
+  eraseProperty(&arrayLink, key, formatArrayKey(key, static_cast<unsigned int>(count - 1)), erased);
+  return erased;
+}
+
+unsigned int DynamicObject::renameChild(unsigned int parent, const char* oldName, unsigned int oldLength,
+                                        const char* newName, unsigned int newLength) {
+  if (newName == nullptr || newLength == 0) {
+    NOX_FAIL("No given name for the child to rename.");
+    return 0;
+  }
+  if (!checkKey(newName, newLength) || std::memchr(newName, 0, newLength) != nullptr) {
+    NOX_FAIL("The given child key, '" << textOf(newName, newLength) << "' is invalid.");
+    return 0;
+  }
+  if (oldName == nullptr) {
+    NOX_FAIL("Null string given as a key");
+    return 0;
+  }
+  if (requireValueNode(parent) == nullptr) return 0;
+  unsigned int separator;
+  if (parent != root_ && findNode(parent, ".", 1, false, separator) == nullptr) {
+    NOX_FAIL("The given property is not an object having children.");
+    return 0;
+  }
+  const unsigned int oldChild = findChild(parent, oldName, oldLength);
+  if (oldChild == 0) {
+    NOX_FAIL("The given property has no child named '" << textOf(oldName, oldLength) << "'.");
+    return 0;
+  }
+  const unsigned int existing = findChild(parent, newName, newLength);
+  if (existing == oldChild) return existing;
+  if (existing != 0) {
+    NOX_FAIL("The given property already has a child named '" << textOf(newName, newLength) << "'.");
+    return 0;
+  }
+  bool created;
+  unsigned int newChild;
+  unsigned int newValueHandle;
+  Node* newValue = insertChildKey(parent, newName, newLength, created, newChild, newValueHandle);
+  if (newValue == nullptr) {
+    NOX_FAIL("Can't add to the given property a child named " << textOf(newName, newLength));
+    return 0;
+  }
+  // The value record moves as it is: type and payload (a string's hash, a child count).
+  const Node* oldValue = findValueNode(oldChild);
+  *newValue = *oldValue;
+  if (isContainer(oldValue->value.type)) moveSeparatorSubtree(oldChild, newChild, oldValue->value.type);
+
+  bool erased = false;
+  if (parent == root_) {
+    unsigned int rootLink = root_;
+    eraseProperty(&rootLink, oldName, oldLength, erased);
+  } else {
+    PrefixedKey key('.', oldName, oldLength);
+    unsigned int parentLink = parent;
+    eraseProperty(&parentLink, key.data(), key.size(), erased);
+  }
+  NOX_ASSERT(erased, "Can't remove from the given property its child named " << textOf(oldName, oldLength));
+  return newChild;
+}
+
+void DynamicObject::moveSeparatorSubtree(unsigned int from, unsigned int to, std::uint32_t type) {
+  const std::int8_t separatorByte = type == type::array ? '[' : '.';
+  Node* oldTerminator = getNode(from);
+  unsigned int* link = &oldTerminator->split.greater;
+  Node* oldSeparator = nullptr;
+  while (*link != 0) {
+    Node* node = getNode(*link);
+    if (node == nullptr) return;
+    if (node->isValueNode()) {
+      NOX_FAIL("unclean state during trie search - detected leaf node");
+      return;
+    }
+    if (node->split.splitByte == separatorByte) {
+      oldSeparator = node;
+      break;
+    }
+    link = separatorByte < node->split.splitByte ? &node->split.less : &node->split.greater;
+  }
+  const bool hasSubtree = oldSeparator != nullptr && oldSeparator->split.equal != 0;
+  const bool hasCount = getNode(oldTerminator->split.equal)->getPayload() > 0;
+  NOX_ASSERT(hasSubtree == hasCount, "Children links and count do not match");
+  if (!hasSubtree) return;
+
+  Node* newTerminator = getNode(to);
+  Node* newSeparator = findOrInsertSplitNode(&newTerminator->split.greater, separatorByte);
+  if (newSeparator == nullptr || newSeparator->split.equal != 0) {
+    NOX_FAIL("Code assertion on trie structure is false");
+    return;
+  }
+  newSeparator->split.equal = oldSeparator->split.equal;
+  oldSeparator->split.equal = 0;
+  removeSplitNode(link);
+}
+
+void DynamicObject::removeSplitNode(unsigned int* link) {
+  // The node leaves its position's binary tree; its two subtrees join in order, the
+  // greater one below the greatest node of the smaller one.
+  const unsigned int handle = *link;
+  Node* node = getNode(handle);
+  unsigned int joined = node->split.less;
+  if (joined == 0) {
+    joined = node->split.greater;
+  } else {
+    Node* greatest = getNode(joined);
+    while (greatest->split.greater != 0) greatest = getNode(greatest->split.greater);
+    greatest->split.greater = node->split.greater;
+  }
+  *link = joined;
+  deallocateNode(node, handle);
+}
+
+bool DynamicObject::resize(unsigned int array, unsigned int size) {
+  Node* value = requireValueNode(array);
+  if (value == nullptr) return false;
+  if (!isTypeCompatible(array, type::array)) {
+    NOX_FAIL("Can't resize a property that is not an array.");
+    return false;
+  }
+  const unsigned int count = countChildren(array);
+  if (count == size) return true;
+  if (size >= getMaximumArraySize()) return false;
+  value->setPayload(size);
+  // Resized to nothing, a property stops being an array.
+  value->value.type = size > 0 ? type::array : type::null;
+  char key[arrayKeyCapacity];
+  bool inserted = true;
+  for (unsigned int index = count; index < size; ++index) {
+    bool created;
+    unsigned int element;
+    unsigned int elementValue;
+    inserted =
+        addProperty(array, key, formatArrayKey(key, index), created, element, elementValue) != nullptr && inserted;
+  }
+  for (unsigned int index = count; index-- > size;) {
+    const unsigned int length = formatArrayKey(key, index);
+    unsigned int element;
+    findNode(array, key, length, true, element);
+    resetProperty(element);
+    unsigned int arrayLink = array;
+    bool erased = false;
+    eraseProperty(&arrayLink, key, length, erased);
+  }
+  return inserted;
+}
+
+void DynamicObject::resetProperty(unsigned int property) {
+  if (property == 0) return;
+  Node* value = requireValueNode(property);
+  if (value == nullptr) return;
+  switch (value->value.type) {
+    case type::array:
+      resize(property, 0);
+      break;
+    case type::object:
+      resetObject(property);
+      break;
+    default:
+      NOX_ASSERT(isKnownType(value->value.type), value->value.type << "is an unknown nox::utils::type.");
+      break;
+  }
+  value->setPayload(0);
+  value->value.type = type::null;
+}
+
+void DynamicObject::resetObject(unsigned int property) {
+  // One fresh walk per child: erasing changes the trie under any walk in progress.
+  while (findValueNode(property)->getPayload() > 0) {
+    DynamicObjectIterator children(*this, property, 1);
+    children.next();
+    if (children.end() || !eraseChild(property, children.getKey(), children.getKeyLength())) {
+      NOX_FAIL("Children links and count do not match");
+      return;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------
+// Copies and visits.
+
+bool DynamicObject::put(unsigned int property, const DynamicObject& source, unsigned int sourceProperty) {
+  if (&source == this) {
+    // Copying a property into itself or its own subtree reads what it writes: copy from
+    // a snapshot, whose handles are the same.
+    const DynamicObject snapshot{Ref(*this)};
+    return copySubtree(property, snapshot, sourceProperty);
+  }
+  return copySubtree(property, source, sourceProperty);
+}
+
+bool DynamicObject::retrieve(unsigned int property, DynamicObject& target, unsigned int targetProperty) const {
+  return target.put(targetProperty, *this, property);
+}
+
+bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& source, unsigned int sourceProperty) {
+  const Node* sourceValue = source.requireValueNode(sourceProperty);
+  if (sourceValue == nullptr || requireValueNode(property) == nullptr) return false;
+  const std::uint32_t type = sourceValue->value.type;
+  switch (type) {
+    case type::null:
+      resetProperty(property);
+      return true;
+    case type::integer:
+    case type::real:
+    case type::boolean:
+      writeScalar(property, static_cast<type::Type>(type), sourceValue->getPayload());
+      return true;
+    case type::string:
+      if (source.stringTable_ == stringTable_) {
+        writeScalar(property, type::string, sourceValue->getPayload());
+      } else {
+        setString(property, source.getStringTable().retrieve(sourceValue->getPayload(), ""));
+      }
+      return true;
+    case type::array: {
+      resetProperty(property);
+      const unsigned int count = source.countChildren(sourceProperty);
+      bool copied = resize(property, count);
+      for (unsigned int index = 0; index < count && copied; ++index) {
+        copied = copySubtree(getChild(property, index), source, source.getChild(sourceProperty, index));
+      }
+      // An array that lost all its elements is still an array.
+      findValueNode(property)->value.type = type::array;
+      return copied;
+    }
+    case type::object: {
+      resetProperty(property);
+      bool copied = true;
+      DynamicObjectIterator children(source, sourceProperty, 0);
+      for (children.next(); !children.end() && copied; children.next()) {
+        const unsigned int child = addChild(property, children.getKey(), children.getKeyLength());
+        copied = child != 0 && copySubtree(child, source, children.getProperty());
+      }
+      // An object that lost all its children is still an object.
+      findValueNode(property)->value.type = type::object;
+      return copied;
+    }
+    default:
+      NOX_FAIL(type << " is an unknown nox::utils::type");
+      return false;
+  }
+}
+
+bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
+  const Node* value = requireValueNode(property);
+  if (value == nullptr) return false;
+  const std::uint32_t type = value->value.type;
+  switch (type) {
+    case type::null:
+      return builder.null();
+    case type::integer:
+      return builder.integer(static_cast<std::int64_t>(value->getPayload()));
+    case type::real:
+      return builder.real(value->getRealPayload());
+    case type::string: {
+      const char* text = stringTable_->retrieve(value->getPayload(), "");
+      return builder.string(text, lengthOf(text));
+    }
+    case type::boolean:
+      return builder.boolean(value->getPayload() == 0);
+    case type::array:
+    case type::object:
+      return visitChildren(property, static_cast<type::Type>(type), builder);
+    default:
+      NOX_FAIL(type << " is an unknown nox::utils::type");
+      return false;
+  }
+}
+
+bool DynamicObject::visitChildren(unsigned int property, type::Type type, AbstractObjectBuilder& builder) const {
+  if (type == type::array) {
+    if (!builder.beginArray()) return false;
+    const unsigned int count = countChildren(property);
+    for (unsigned int index = 0; index < count; ++index) {
+      if (!builder.arrayChild() || !visitTrie(getChild(property, index), builder)) return false;
+    }
+    return builder.endArray();
+  }
+  if (!builder.beginObject()) return false;
+  DynamicObjectIterator children(*this, property, 0);
+  for (children.next(); !children.end(); children.next()) {
+    if (!builder.objectChild(children.getKey(), children.getKeyLength()) ||
+        !visitTrie(children.getProperty(), builder)) {
+      return false;
+    }
+  }
+  return builder.endObject();
+}
+
+// ---------------------------------------------------------------------------------------
+// Path forms: resolve the path, then forward to the handle form. A missing property is
+// reported once, by the lookup.
+
+unsigned int DynamicObject::getProperty(const char* path) const { return getProperty(path, lengthOf(path)); }
+
+unsigned int DynamicObject::getPropertyAsserts(const char* path) const {
+  return getPropertyAsserts(path, lengthOf(path));
+}
+
+bool DynamicObject::hasProperty(const char* path, unsigned int length) const { return getProperty(path, length) != 0; }
+
+bool DynamicObject::hasProperty(const char* path) const { return getProperty(path) != 0; }
+
+type::Type DynamicObject::getType(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? getType(property) : type::null;
+}
+
+type::Type DynamicObject::getType(const char* path) const { return getType(path, lengthOf(path)); }
+
+bool DynamicObject::isTypeCompatible(const char* path, unsigned int length, type::Type requested) const {
+  return isTypeCompatible(getProperty(path, length), requested);
+}
+
+bool DynamicObject::isTypeCompatible(const char* path, type::Type requested) const {
+  return isTypeCompatible(path, lengthOf(path), requested);
+}
+
+std::int64_t DynamicObject::getInt(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? getInt(property) : 0;
+}
+
+std::int64_t DynamicObject::getInt(const char* path) const { return getInt(path, lengthOf(path)); }
+
+double DynamicObject::getReal(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? getReal(property) : 0.0;
+}
+
+double DynamicObject::getReal(const char* path) const { return getReal(path, lengthOf(path)); }
+
+bool DynamicObject::getBool(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 && getBool(property);
+}
+
+bool DynamicObject::getBool(const char* path) const { return getBool(path, lengthOf(path)); }
+
+std::uint64_t DynamicObject::getStringHash(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? getStringHash(property) : 0;
+}
+
+std::uint64_t DynamicObject::getStringHash(const char* path) const { return getStringHash(path, lengthOf(path)); }
+
+const char* DynamicObject::getString(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? getString(property) : nullptr;
+}
+
+const char* DynamicObject::getString(const char* path) const { return getString(path, lengthOf(path)); }
+
+void DynamicObject::retrieveValue(const char* path, unsigned int length, DynamicValue& out) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) retrieveValue(property, out);
+}
+
+void DynamicObject::retrieveValue(const char* path, DynamicValue& out) const {
+  retrieveValue(path, lengthOf(path), out);
+}
+
+void DynamicObject::setInt(const char* path, unsigned int length, std::int64_t value) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) setInt(property, value);
+}
+
+void DynamicObject::setInt(const char* path, std::int64_t value) { setInt(path, lengthOf(path), value); }
+
+void DynamicObject::setReal(const char* path, unsigned int length, double value) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) setReal(property, value);
+}
+
+void DynamicObject::setReal(const char* path, double value) { setReal(path, lengthOf(path), value); }
+
+void DynamicObject::setBool(const char* path, unsigned int length, bool value) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) setBool(property, value);
+}
+
+void DynamicObject::setBool(const char* path, bool value) { setBool(path, lengthOf(path), value); }
+
+void DynamicObject::setString(unsigned int property, const char* text) { setString(property, text, lengthOf(text)); }
+
+void DynamicObject::setString(const char* path, unsigned int length, const char* text, unsigned int textLength) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) setString(property, text, textLength);
+}
+
+void DynamicObject::setString(const char* path, const char* text) {
+  setString(path, lengthOf(path), text, lengthOf(text));
+}
+
+void DynamicObject::setValue(const char* path, unsigned int length, const DynamicValue& value) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  if (property != 0) setValue(property, value);
+}
+
+void DynamicObject::setValue(const char* path, const DynamicValue& value) { setValue(path, lengthOf(path), value); }
+
+unsigned int DynamicObject::countChildren(const char* path, unsigned int length) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 ? countChildren(property) : 0;
+}
+
+unsigned int DynamicObject::countChildren(const char* path) const { return countChildren(path, lengthOf(path)); }
+
+unsigned int DynamicObject::addChild(unsigned int parent, const char* name) {
+  return addChild(parent, name, lengthOf(name));
+}
+
+unsigned int DynamicObject::addChild(const char* parentPath, unsigned int parentLength, const char* name,
+                                     unsigned int nameLength) {
+  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
+  return parent != 0 ? addChild(parent, name, nameLength) : 0;
+}
+
+unsigned int DynamicObject::addChild(const char* parentPath, const char* name) {
+  return addChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
+}
+
+unsigned int DynamicObject::getChild(const char* parentPath, unsigned int parentLength, unsigned int index) const {
+  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
+  return parent != 0 ? getChild(parent, index) : 0;
+}
+
+unsigned int DynamicObject::getChild(const char* parentPath, unsigned int index) const {
+  return getChild(parentPath, lengthOf(parentPath), index);
+}
+
+unsigned int DynamicObject::getChild(unsigned int parent, const char* name) const {
+  return getChild(parent, name, lengthOf(name));
+}
+
+unsigned int DynamicObject::getChild(const char* parentPath, unsigned int parentLength, const char* name,
+                                     unsigned int nameLength) const {
+  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
+  return parent != 0 ? getChild(parent, name, nameLength) : 0;
+}
+
+unsigned int DynamicObject::getChild(const char* parentPath, const char* name) const {
+  return getChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
+}
+
+bool DynamicObject::hasChild(unsigned int parent, const char* name) const {
+  return hasChild(parent, name, lengthOf(name));
+}
+
+bool DynamicObject::hasChild(const char* parentPath, unsigned int parentLength, const char* name,
+                             unsigned int nameLength) const {
+  // A question, not a requirement: a missing parent has no children.
+  const unsigned int parent = getProperty(parentPath, parentLength);
+  return parent != 0 && hasChild(parent, name, nameLength);
+}
+
+bool DynamicObject::hasChild(const char* parentPath, const char* name) const {
+  return hasChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
+}
+
+bool DynamicObject::eraseChild(unsigned int parent, const char* name) {
+  return eraseChild(parent, name, lengthOf(name));
+}
+
+bool DynamicObject::eraseChild(const char* parentPath, unsigned int parentLength, const char* name,
+                               unsigned int nameLength) {
+  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
+  return parent != 0 && eraseChild(parent, name, nameLength);
+}
+
+bool DynamicObject::eraseChild(const char* parentPath, const char* name) {
+  return eraseChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
+}
+
+bool DynamicObject::eraseChild(const char* arrayPath, unsigned int arrayLength, unsigned int index) {
+  const unsigned int array = getPropertyAsserts(arrayPath, arrayLength);
+  return array != 0 && eraseChild(array, index);
+}
+
+bool DynamicObject::eraseChild(const char* arrayPath, unsigned int index) {
+  return eraseChild(arrayPath, lengthOf(arrayPath), index);
+}
+
+unsigned int DynamicObject::renameChild(unsigned int parent, const char* oldName, const char* newName) {
+  return renameChild(parent, oldName, lengthOf(oldName), newName, lengthOf(newName));
+}
+
+unsigned int DynamicObject::renameChild(const char* parentPath, unsigned int parentLength, const char* oldName,
+                                        unsigned int oldLength, const char* newName, unsigned int newLength) {
+  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
+  return parent != 0 ? renameChild(parent, oldName, oldLength, newName, newLength) : 0;
+}
+
+unsigned int DynamicObject::renameChild(const char* parentPath, const char* oldName, const char* newName) {
+  return renameChild(parentPath, lengthOf(parentPath), oldName, lengthOf(oldName), newName, lengthOf(newName));
+}
+
+bool DynamicObject::resize(const char* arrayPath, unsigned int arrayLength, unsigned int size) {
+  const unsigned int array = getPropertyAsserts(arrayPath, arrayLength);
+  return array != 0 && resize(array, size);
+}
+
+bool DynamicObject::resize(const char* arrayPath, unsigned int size) {
+  return resize(arrayPath, lengthOf(arrayPath), size);
+}
+
+void DynamicObject::resetProperty(const char* path, unsigned int length) {
+  resetProperty(getPropertyAsserts(path, length));
+}
+
+void DynamicObject::resetProperty(const char* path) { resetProperty(path, lengthOf(path)); }
+
+bool DynamicObject::put(unsigned int property, const DynamicObject& source) {
+  return put(property, source, source.getRoot());
+}
+
+bool DynamicObject::put(unsigned int property, const DynamicObject& source, const char* sourcePath,
+                        unsigned int sourceLength) {
+  const unsigned int sourceProperty = source.getPropertyAsserts(sourcePath, sourceLength);
+  return sourceProperty != 0 && put(property, source, sourceProperty);
+}
+
+bool DynamicObject::put(unsigned int property, const DynamicObject& source, const char* sourcePath) {
+  return put(property, source, sourcePath, lengthOf(sourcePath));
+}
+
+bool DynamicObject::put(const char* path, unsigned int length, const DynamicObject& source) {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 && put(property, source);
+}
+
+bool DynamicObject::put(const char* path, const DynamicObject& source) { return put(path, lengthOf(path), source); }
+
+bool DynamicObject::retrieve(unsigned int property, DynamicObject& target) const {
+  return retrieve(property, target, target.getRoot());
+}
+
+bool DynamicObject::retrieve(const char* path, unsigned int length, DynamicObject& target) const {
+  const unsigned int property = getPropertyAsserts(path, length);
+  return property != 0 && retrieve(property, target);
+}
+
+bool DynamicObject::retrieve(const char* path, DynamicObject& target) const {
+  return retrieve(path, lengthOf(path), target);
+}
+
+}  // namespace nox::utils

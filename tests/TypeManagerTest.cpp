@@ -246,3 +246,15 @@ TEST_F(TypeManagerTest, CreateStaticObjectReportsCrossedMessages) {
   types.unregisterType(idC);
   EXPECT_FALSE(types.isCreatorRegistered(idC));
 }
+
+TEST_F(TypeManagerTest, DynamicObjectPropertiesMatchRunTimeTypesByTheirKind) {
+  nox::utils::DynamicObject object;
+  const unsigned int count = object.addChild(object.getRoot(), "count");
+  object.setInt(count, 3);
+  EXPECT_TRUE(object.isTypeCompatible(count, getClassTypeId<double>(), types));
+  EXPECT_TRUE(object.isTypeCompatible("count", getClassTypeId<int>(), types));
+  EXPECT_FALSE(object.isTypeCompatible("count", 5, getClassTypeId<String>(), types));
+  EXPECT_FALSE(object.isTypeCompatible(count, idC, types));  // a user type is an object
+  // A missing property counts as null, which fits every type.
+  EXPECT_TRUE(object.isTypeCompatible("missing", getClassTypeId<bool>(), types));
+}

@@ -35,6 +35,8 @@ namespace nox::utils {
 class AbstractObjectBuilder;
 class DynamicObjectIterator;
 class StringTable;
+class TypeManager;
+class Uuid;
 
 class NOX_UTILS_API DynamicObject {
  public:
@@ -92,6 +94,10 @@ class NOX_UTILS_API DynamicObject {
   bool isTypeCompatible(unsigned int property, type::Type requested) const;
   bool isTypeCompatible(const char* path, unsigned int length, type::Type requested) const;
   bool isTypeCompatible(const char* path, type::Type requested) const;
+  // Compatibility with a registered run-time type, through the value kind it stands for.
+  bool isTypeCompatible(unsigned int property, const Uuid& typeId, const TypeManager& types) const;
+  bool isTypeCompatible(const char* path, unsigned int length, const Uuid& typeId, const TypeManager& types) const;
+  bool isTypeCompatible(const char* path, const Uuid& typeId, const TypeManager& types) const;
 
   // ---- Values. Getters convert between integer and real only; setters retype the
   // property, dropping the descendants of an array or object first.

@@ -1,5 +1,7 @@
 #include <nox/utils/TypeManager.h>
 
+#include <nox/utils/DynamicObject.h>
+
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/AssertingLogger.h>
 #include <nox/utils/Assertion.h>
@@ -297,6 +299,21 @@ const Property* TypeManager::getPropertyPtr(const Uuid& id, const char* key, uns
     return nullptr;
   }
   return getMetadata(id).getProperty(key, length);
+}
+
+// DynamicObject's compatibility with a run-time type lives with the type system, so that
+// dynamic objects do not depend on it.
+bool DynamicObject::isTypeCompatible(unsigned int property, const Uuid& typeId, const TypeManager& types) const {
+  return isTypeCompatible(property, types.getType(typeId));
+}
+
+bool DynamicObject::isTypeCompatible(const char* path, unsigned int length, const Uuid& typeId,
+                                     const TypeManager& types) const {
+  return isTypeCompatible(path, length, types.getType(typeId));
+}
+
+bool DynamicObject::isTypeCompatible(const char* path, const Uuid& typeId, const TypeManager& types) const {
+  return isTypeCompatible(path, types.getType(typeId));
 }
 
 }  // namespace nox::utils

@@ -232,6 +232,9 @@ TEST(ThreadingTest, JoinYieldsTheResultOnceAndExitGivesNull) {
 }
 
 TEST(ThreadingTest, CancelStopsThreadAtCancellationPoint) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "AddressSanitizer misreports the teardown of a cancelled thread (sigaltstack)";
+#endif
   Thread thread(
       [](void*) -> void* {
         for (;;) nox::utils::sleep(nox::utils::Time(std::uint64_t{1000000}));

@@ -1,0 +1,149 @@
+// nox-demo: a host process as an engine writer would build it. It brings the library
+// up, serves the inspection API over HTTP, registers a small agent simulation ("sim")
+// stepped on its own thread, and comes down cleanly on SIGINT or SIGTERM (or after
+// --ticks ticks).
+#include "SimEngine.h"
+
+#include <nox/utils/Assertion.h>
+#include <nox/utils/ErrorType.h>
+#include <nox/utils/Facilities.h>
+#include <nox/utils/OstreamLogger.h>
+#include <nox/utils/TypeManager.h>
+#include <nox/utils/debugger/InspectionFramework.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace {
+
+struct Options {
+  unsigned long port = 8080;
+  unsigned long entities = 4;
+  unsigned long tickMilliseconds = 100;
+  unsigned long ticks = 0;
+  bool verbose = false;
+};
+
+const char* const usage =
+    "usage: nox-demo [--port N] [--entities N] [--tick-ms N] [--ticks N] [--verbose] [--help]\n"
+    "  --port N      inspection HTTP port (default 8080)\n"
+    "  --entities N  number of simulated agents (default 4)\n"
+    "  --tick-ms N   pause between two ticks, in milliseconds (default 100)\n"
+    "  --ticks N     stop after N ticks (default: run until SIGINT or SIGTERM)\n"
+    "  --verbose     log every HTTP request\n";
+
+bool parseNumber(const char* text, unsigned long minimum, unsigned long maximum, unsigned long& value) {
+  if (text == nullptr || *text < '0' || *text > '9') return false;
+  char* end = nullptr;
+  value = std::strtoul(text, &end, 10);
+  return *end == '\0' && value >= minimum && value <= maximum;
+}
+
+bool parseOptions(int argc, char** argv, Options& options) {
+  for (int i = 1; i < argc; ++i) {
+    const char* option = argv[i];
+    const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
+    bool valid = true;
+    if (std::strcmp(option, "--help") == 0) {
+      std::cout << usage;
+      std::exit(0);
+    } else if (std::strcmp(option, "--verbose") == 0) {
+      options.verbose = true;
+      continue;
+    } else if (std::strcmp(option, "--port") == 0) {
+      valid = parseNumber(value, 1, 65535, options.port);
+    } else if (std::strcmp(option, "--entities") == 0) {
+      valid = parseNumber(value, 1, 10000, options.entities);
+    } else if (std::strcmp(option, "--tick-ms") == 0) {
+      valid = parseNumber(value, 0, 60000, options.tickMilliseconds);
+    } else if (std::strcmp(option, "--ticks") == 0) {
+      valid = parseNumber(value, 1, 1000000000, options.ticks);
+    } else {
+      valid = false;
+    }
+    if (!valid) {
+      std::cerr << "nox-demo: bad option " << option << (value != nullptr ? " " : "") << (value ? value : "") << "\n"
+                << usage;
+      return false;
+    }
+    ++i;
+  }
+  return true;
+}
+
+// A host serving the inspection API must outlive whatever a client asks: the broken
+// contracts a request can reveal (an entity or context that does not exist) are logged
+// and execution goes on, the checking code returning its neutral result.
+void logAssertion(const char* file, unsigned int line, const char* message) {
+  if (nox::utils::Facilities::isSet()) {
+    nox::utils::Facilities::instance().getLogger().logError(nox::utils::error::contractViolation, file, line, message);
+  } else {
+    std::cerr << file << "(" << line << "): [assertion failed] " << message << std::endl;
+  }
+}
+
+void printWelcome(const Options& options) {
+  const std::string base = "http://127.0.0.1:" + std::to_string(options.port);
+  std::cout << "nox-demo: " << options.entities << " agents, inspection API on " << base << "/api\n"
+            << "Try:\n"
+            << "  curl " << base << "/api/debug/entities\n"
+            << "  curl -X POST " << base << "/api/debug/suspend -d '{\"entity\":2}'\n"
+            << "  curl " << base << "/api/sim/agents/2\n"
+            << "Press Ctrl-C to stop." << std::endl;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  if (!parseOptions(argc, argv, options)) return 2;
+
+  // Blocked in every thread (threads inherit the mask), taken by sigwait below:
+  // SIGUSR1 is how the engine thread says it has run its ticks.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGUSR1);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+  // Traces (one per HTTP request) only on demand.
+  nox::utils::OstreamLogger logger(&std::cerr, &std::cout, &std::cout, options.verbose ? &std::cout : nullptr);
+  nox::utils::setAssertionFailedFunction(&logAssertion);
+  if (!nox::utils::initialize(&logger)) return 1;
+  nox::utils::Facilities& facilities = nox::utils::Facilities::instance();
+  facilities.setLogger(logger);
+  nox::utils::debugger::InspectionFramework& inspection = facilities.getInspectionFramework();
+
+  int status = 1;
+  {
+    nox::demo::SimEngine sim(static_cast<unsigned int>(options.entities),
+                             static_cast<unsigned int>(options.tickMilliseconds), options.ticks,
+                             [] { kill(getpid(), SIGUSR1); });
+    if (nox::demo::SimEngine::registerTypes(facilities.getTypeManager(), &logger) && inspection.registerEngine(sim)) {
+      if (inspection.startHttp(static_cast<unsigned short>(options.port)) && sim.start()) {
+        printWelcome(options);
+        int received = 0;
+        sigwait(&signals, &received);
+        std::cout << "nox-demo: " << (received == SIGUSR1 ? "ticks done" : "signal received") << ", stopping."
+                  << std::endl;
+        status = 0;
+      }
+      // No client may stop the engine once the server is down; a disabled debugger
+      // resumes a stopped engine thread and stops it nowhere any more.
+      inspection.shutdownHttp();
+      inspection.disableEngine("debug");
+      sim.stop();
+      inspection.unregisterEngine("sim");
+    }
+  }
+  facilities.clearLogger();
+  nox::utils::terminate(&logger);
+  return status;
+}

@@ -44,9 +44,17 @@ unsigned int DebuggerFramework::getSuspendedEntity() const {
 // ---- Commands. Each runs under the framework mutex, so no step check and no other
 // command interleaves; only the engine thread's own wake-up is asynchronous.
 
+// A step check that decided to stop holds the execution controls until the engine thread
+// is suspended: taking them waits for that, so a command never takes an engine about to
+// stop for a running one.
+bool DebuggerFramework::isSuspendedSettled() {
+  ExecutionController::ScopedControlLocker settle(controller_);
+  return controller_.isSuspended();
+}
+
 bool DebuggerFramework::suspend() {
   ScopedMutex lock(framework_.getMutex());
-  if (controller_.isSuspended()) return false;
+  if (isSuspendedSettled()) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
   stepping.suspendAll = true;
@@ -55,7 +63,7 @@ bool DebuggerFramework::suspend() {
 
 bool DebuggerFramework::suspendEntity(unsigned int entity) {
   ScopedMutex lock(framework_.getMutex());
-  if (controller_.isSuspended() || entity == invalidEntity || !framework_.isEntityRegistered(entity)) return false;
+  if (isSuspendedSettled() || entity == invalidEntity || !framework_.isEntityRegistered(entity)) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
   stepping.entitiesToSuspend.insert(entity);
@@ -64,7 +72,7 @@ bool DebuggerFramework::suspendEntity(unsigned int entity) {
 
 bool DebuggerFramework::resume() {
   ScopedMutex lock(framework_.getMutex());
-  const bool wasSuspended = controller_.isSuspended();
+  const bool wasSuspended = isSuspendedSettled();
   framework_.getSteppingState().reset();
   controller_.resume();
   return wasSuspended;
@@ -72,7 +80,7 @@ bool DebuggerFramework::resume() {
 
 bool DebuggerFramework::stepIn() {
   ScopedMutex lock(framework_.getMutex());
-  if (!controller_.isSuspended()) return false;
+  if (!isSuspendedSettled()) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
   stepping.entitiesToSuspend.insert(stepping.suspendedEntity);
@@ -82,7 +90,7 @@ bool DebuggerFramework::stepIn() {
 
 bool DebuggerFramework::stepOver() {
   ScopedMutex lock(framework_.getMutex());
-  if (!controller_.isSuspended()) return false;
+  if (!isSuspendedSettled()) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
   const unsigned int entity = stepping.suspendedEntity;
@@ -97,7 +105,7 @@ bool DebuggerFramework::stepOver() {
 
 bool DebuggerFramework::stepOut() {
   ScopedMutex lock(framework_.getMutex());
-  if (!controller_.isSuspended()) return false;
+  if (!isSuspendedSettled()) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
   const unsigned int entity = stepping.suspendedEntity;

@@ -71,6 +71,8 @@ class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
   void doDisable(bool& enabled) override;
 
  private:
+  // Whether the engine thread is suspended, once any stop already decided has happened.
+  bool isSuspendedSettled();
   resources::Status retrieveEntityResource(const char* path, unsigned int length, AbstractObjectBuilder& reply);
   bool writeContextList(unsigned int entity, AbstractObjectBuilder& reply) const;
   resources::Status runCommand(const char* path, unsigned int begin, unsigned int end, const DynamicObject& request,

@@ -53,6 +53,7 @@ bench: deps
 		-DNOX_UTILS_BUILD_TESTS=OFF
 	cmake --build $(BUILD)/bench -j $(JOBS)
 	$(BUILD)/bench/bench/nox_utils_bench
+	bash bench/http_load.sh $(BUILD)/bench
 
 install: build
 	cmake --install $(BUILD)/release --prefix $(PREFIX)

@@ -78,44 +78,41 @@ bool DebuggerFramework::resume() {
   return wasSuspended;
 }
 
-bool DebuggerFramework::stepIn() {
+template <class SetConditions>
+bool DebuggerFramework::resumeStepping(SetConditions setConditions) {
   ScopedMutex lock(framework_.getMutex());
   if (!isSuspendedSettled()) return false;
   impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
   stepping.reset();
-  stepping.entitiesToSuspend.insert(stepping.suspendedEntity);
+  setConditions(stepping);
   controller_.resume();
   return true;
+}
+
+// A step over stops when the top frame is on top again (what it calls has returned), a
+// step out when the frame below it is. A stack too shallow gives no frame, and the step is
+// then a plain resume: there is nothing to return to.
+const AbstractContext* DebuggerFramework::frameBelowTop(unsigned int entity, unsigned int framesBelowTop) {
+  const unsigned int depth = framework_.countContexts(entity);
+  return depth > framesBelowTop ? framework_.getContext(entity, depth - 1 - framesBelowTop, nullptr) : nullptr;
+}
+
+bool DebuggerFramework::stepIn() {
+  return resumeStepping([](auto& stepping) { stepping.entitiesToSuspend.insert(stepping.suspendedEntity); });
 }
 
 bool DebuggerFramework::stepOver() {
-  ScopedMutex lock(framework_.getMutex());
-  if (!isSuspendedSettled()) return false;
-  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
-  stepping.reset();
-  const unsigned int entity = stepping.suspendedEntity;
-  const unsigned int depth = framework_.countContexts(entity);
-  if (depth > 0) {
-    stepping.stepOverTarget = framework_.getContext(entity, depth - 1, nullptr);
-    stepping.targetEntity = entity;
-  }
-  controller_.resume();
-  return true;
+  return resumeStepping([this](auto& stepping) {
+    stepping.stepOverTarget = frameBelowTop(stepping.suspendedEntity, 0);
+    stepping.targetEntity = stepping.suspendedEntity;
+  });
 }
 
 bool DebuggerFramework::stepOut() {
-  ScopedMutex lock(framework_.getMutex());
-  if (!isSuspendedSettled()) return false;
-  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
-  stepping.reset();
-  const unsigned int entity = stepping.suspendedEntity;
-  const unsigned int depth = framework_.countContexts(entity);
-  if (depth >= 2) {
-    stepping.stepOutTarget = framework_.getContext(entity, depth - 2, nullptr);
-    stepping.targetEntity = entity;
-  }
-  controller_.resume();
-  return true;
+  return resumeStepping([this](auto& stepping) {
+    stepping.stepOutTarget = frameBelowTop(stepping.suspendedEntity, 1);
+    stepping.targetEntity = stepping.suspendedEntity;
+  });
 }
 
 void DebuggerFramework::doDisable(bool& enabled) {

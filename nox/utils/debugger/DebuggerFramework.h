@@ -73,6 +73,12 @@ class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
  private:
   // Whether the engine thread is suspended, once any stop already decided has happened.
   bool isSuspendedSettled();
+  // A stepping command: refused unless suspended; resets the stop conditions, lets
+  // `setConditions` set the new ones under the framework mutex, then resumes.
+  template <class SetConditions>
+  bool resumeStepping(SetConditions setConditions);
+  // The context `framesBelowTop` under the top of `entity`'s stack, or null.
+  const AbstractContext* frameBelowTop(unsigned int entity, unsigned int framesBelowTop);
   resources::Status retrieveEntityResource(const char* path, unsigned int length, AbstractObjectBuilder& reply);
   bool writeContextList(unsigned int entity, AbstractObjectBuilder& reply) const;
   resources::Status runCommand(const char* path, unsigned int begin, unsigned int end, const DynamicObject& request,

@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "support/RecordingBuilder.h"
+
 namespace {
 
 using nox::utils::AbstractObjectBuilder;
@@ -53,35 +55,6 @@ bool fromJson(const std::string& text, DynamicObject& object, BufferLogger* logg
   MemoryInputOutput input(text.data(), static_cast<unsigned int>(text.size()));
   return nox::utils::deserializeDynamicObjectFromJson(object, input, logger);
 }
-
-// Writes every event as a line.
-class RecordingBuilder : public AbstractObjectBuilder {
- public:
-  using AbstractObjectBuilder::objectChild;
-  using AbstractObjectBuilder::string;
-
-  bool null() override { return record("null"); }
-  bool boolean(bool value) override { return record(value ? "true" : "false"); }
-  bool integer(std::int64_t value) override { return record("integer " + std::to_string(value)); }
-  bool real(double value) override { return record("real " + std::to_string(value)); }
-  bool string(const char* text, unsigned int length) override { return record("string " + std::string(text, length)); }
-  bool beginObject() override { return record("beginObject"); }
-  bool objectChild(const char* key, unsigned int length) override {
-    return record("objectChild " + std::string(key, length));
-  }
-  bool endObject() override { return record("endObject"); }
-  bool beginArray() override { return record("beginArray"); }
-  bool arrayChild() override { return record("arrayChild"); }
-  bool endArray() override { return record("endArray"); }
-
-  std::vector<std::string> events;
-
- private:
-  bool record(const std::string& event) {
-    events.push_back(event);
-    return true;
-  }
-};
 
 class JsonWriter : public ::testing::Test {
  protected:
@@ -220,11 +193,11 @@ TEST_F(JsonWriter, StopsAtTheFirstFailedWrite) {
 }
 
 TEST(JsonReader, HandsArrayElementsAsArrayChildThenValue) {
-  RecordingBuilder builder;
+  nox::test::RecordingBuilder builder;
   MemoryInputOutput input(R"([1, [true], {"k": null, "r": -0.5}, "s"])", 40);
   ASSERT_TRUE(nox::utils::deserializeJson(builder, input));
   EXPECT_THAT(builder.events,
-              ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild", "true",
+              ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild", "boolean true",
                           "endArray", "arrayChild", "beginObject", "objectChild k", "null", "objectChild r",
                           "real -0.500000", "endObject", "arrayChild", "string s", "endArray"));
 }

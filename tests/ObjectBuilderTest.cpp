@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/AssertionRecorder.h"
+#include "support/RecordingBuilder.h"
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;
@@ -22,45 +23,10 @@ namespace error = nox::utils::error;
 
 namespace {
 
+using nox::test::RecordingBuilder;
+
 // Inherits every default.
 class DefaultBuilder : public AbstractObjectBuilder {};
-
-// Writes every event as a line; refuses the event numbered `refuseAt` (0-based).
-class RecordingBuilder : public AbstractObjectBuilder {
- public:
-  using AbstractObjectBuilder::objectChild;
-  using AbstractObjectBuilder::string;
-
-  explicit RecordingBuilder(int refuseAt = -1) : refuseAt_(refuseAt) {}
-
-  bool begin() override { return record("begin"); }
-  bool end() override { return record("end"); }
-  bool null() override { return record("null"); }
-  bool boolean(bool value) override { return record(value ? "boolean true" : "boolean false"); }
-  bool integer(std::int64_t value) override { return record("integer " + std::to_string(value)); }
-  bool real(double value) override { return record("real " + std::to_string(value)); }
-  bool string(const char* text, unsigned int length) override {
-    return record("string " + std::string(text, length));
-  }
-  bool beginObject() override { return record("beginObject"); }
-  bool objectChild(const char* key, unsigned int length) override {
-    return record("objectChild " + std::string(key, length));
-  }
-  bool endObject() override { return record("endObject"); }
-  bool beginArray() override { return record("beginArray"); }
-  bool arrayChild() override { return record("arrayChild"); }
-  bool endArray() override { return record("endArray"); }
-
-  std::vector<std::string> events;
-
- private:
-  bool record(const std::string& event) {
-    events.push_back(event);
-    return static_cast<int>(events.size()) - 1 != refuseAt_;
-  }
-
-  int refuseAt_;
-};
 
 std::vector<std::string> eventsOf(const DynamicObject& object) {
   RecordingBuilder recorder;

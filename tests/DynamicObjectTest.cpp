@@ -1,5 +1,6 @@
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/BlockAllocator.h>
+#include <nox/utils/details/SpareBlocks.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/DynamicObjectIterator.h>
 #include <nox/utils/StringTable.h>
@@ -503,4 +504,25 @@ TEST(DynamicObject, BlocksReturnToTheSharedAllocator) {
   allocator.releaseBlock(stranger);
   EXPECT_EQ(recorder.last(), "unable to find address among allocated blocks, unable to free");
   EXPECT_EQ(recorder.assertions().back().file, "nox/utils/BlockAllocator");
+}
+
+TEST(DynamicObject, BlocksOfAGoneAllocatorServeTheNextOne) {
+  using nox::utils::details::SpareBlocks;
+  // A block length no other test uses, so that the blocks met here are our own.
+  constexpr unsigned int length = 3;
+  const std::size_t before = SpareBlocks::countBytes();
+  Node* first;
+  {
+    DynamicObject::NodeAllocator allocator(length);
+    first = allocator.acquireBlock();
+  }
+  EXPECT_EQ(SpareBlocks::countBytes(), before + length * sizeof(Node));
+  DynamicObject::NodeAllocator next(length);
+  EXPECT_EQ(next.acquireBlock(), first);
+  EXPECT_EQ(SpareBlocks::countBytes(), before);
+
+  // What does not fit goes back to the library allocator.
+  const std::size_t huge = SpareBlocks::capacityBytes + 1;
+  SpareBlocks::give(NOX_ALLOCATE(huge), huge);
+  EXPECT_EQ(SpareBlocks::countBytes(), before);
 }

@@ -2,8 +2,9 @@
 // objects carve their trie nodes out of such blocks; one allocator may serve many
 // objects (each block belongs to one object at a time) and many threads.
 //
-// Released blocks are kept for the next acquisition and only given back to the library
-// allocator when the block allocator itself goes.
+// Released blocks are kept for the next acquisition. When the block allocator itself
+// goes, its blocks move to the process-wide spare cache, where the next allocators of
+// the same block size find them.
 #pragma once
 
 #include <nox/allocator/Allocator.h>
@@ -11,6 +12,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/Mutex.h>
 #include <nox/utils/ScopedMutex.h>
+#include <nox/utils/details/SpareBlocks.h>
 
 #include <cstddef>
 #include <type_traits>
@@ -26,8 +28,8 @@ class BlockAllocator {
     NOX_ASSERT(blockSize != 0, "blocks must hold at least one record");
   }
   ~BlockAllocator() {
-    for (T* block : handedOut_) NOX_DEALLOCATE(block);
-    for (T* block : returned_) NOX_DEALLOCATE(block);
+    for (T* block : handedOut_) details::SpareBlocks::give(block, blockBytes());
+    for (T* block : returned_) details::SpareBlocks::give(block, blockBytes());
   }
 
   BlockAllocator(const BlockAllocator&) = delete;
@@ -43,8 +45,8 @@ class BlockAllocator {
     if (!returned_.empty()) {
       block = returned_.back();
       returned_.pop_back();
-    } else {
-      block = static_cast<T*>(NOX_ALLOCATE(static_cast<std::size_t>(blockSize_) * sizeof(T)));
+    } else if ((block = static_cast<T*>(details::SpareBlocks::take(blockBytes()))) == nullptr) {
+      block = static_cast<T*>(NOX_ALLOCATE(blockBytes()));
     }
     handedOut_.insert(block);
     return block;
@@ -72,6 +74,8 @@ class BlockAllocator {
   }
 
  private:
+  std::size_t blockBytes() const { return static_cast<std::size_t>(blockSize_) * sizeof(T); }
+
   unsigned int blockSize_;
   Set<T*> handedOut_;
   Vector<T*> returned_;

@@ -1,6 +1,7 @@
 #include <nox/utils/DynamicObject.h>
 
 #include <nox/allocator/Allocator.h>
+#include <nox/utils/AbstractLogger.h>
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObjectIterator.h>
@@ -1159,50 +1160,107 @@ bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& sour
   }
 }
 
-bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
-  const Node* value = requireValueNode(property);
-  if (value == nullptr) return false;
-  const std::uint32_t type = value->value.type;
-  switch (type) {
-    case type::null:
-      return builder.null();
-    case type::integer:
-      return builder.integer(static_cast<std::int64_t>(value->getPayload()));
-    case type::real:
-      return builder.real(value->getRealPayload());
-    case type::string: {
-      const char* text = stringTable_->retrieve(value->getPayload(), "");
-      return builder.string(text, lengthOf(text));
-    }
-    case type::boolean:
-      return builder.boolean(value->getPayload() == 0);
-    case type::array:
-    case type::object:
-      return visitChildren(property, static_cast<type::Type>(type), builder);
-    default:
-      NOX_FAIL(type << " is an unknown nox::utils::type");
-      return false;
-  }
-}
+namespace {
 
-bool DynamicObject::visitChildren(unsigned int property, type::Type type, AbstractObjectBuilder& builder) const {
-  if (type == type::array) {
-    if (!builder.beginArray()) return false;
-    const unsigned int count = countChildren(property);
-    for (unsigned int index = 0; index < count; ++index) {
-      if (!builder.arrayChild() || !visitTrie(getChild(property, index), builder)) return false;
+// Drives a builder over a subtree. Objects are walked with an iterator over their direct
+// children; array elements are gathered by one such walk and emitted in index order,
+// which their keys' trie order is not ("[10]" comes before "[2]"). Containers at one
+// depth share an iterator and an element table, so the walk allocates per level, not
+// per container.
+class SubtreeWalk {
+ public:
+  SubtreeWalk(const DynamicObject& object, AbstractObjectBuilder& builder) : object_(object), builder_(builder) {}
+
+  bool visit(unsigned int property, unsigned int depth) {
+    const type::Type type = object_.getType(property);
+    switch (type) {
+      case type::null:
+        return builder_.null();
+      case type::integer:
+        return builder_.integer(object_.getInt(property));
+      case type::real:
+        return builder_.real(object_.getReal(property));
+      case type::string: {
+        const char* text = object_.getString(property);
+        return builder_.string(text, lengthOf(text));
+      }
+      case type::boolean:
+        return builder_.boolean(object_.getBool(property));
+      case type::array:
+        return visitArray(property, depth);
+      case type::object:
+        return visitObject(property, depth);
     }
-    return builder.endArray();
+    NOX_LOG_ERROR(builder_.getLogger(), error::invalidConfiguration,
+                  "Error while serializing dynamic object - unexpected property type " << static_cast<int>(type));
+    return false;
   }
-  if (!builder.beginObject()) return false;
-  DynamicObjectIterator children(*this, property, 0);
-  for (children.next(); !children.end(); children.next()) {
-    if (!builder.objectChild(children.getKey(), children.getKeyLength()) ||
-        !visitTrie(children.getProperty(), builder)) {
-      return false;
+
+ private:
+  struct Level {
+    explicit Level(const DynamicObject& object) : children(object, 0, 0) {}
+    DynamicObjectIterator children;
+    Vector<unsigned int> elements;
+  };
+
+  Level& level(unsigned int depth) {
+    while (levels_.size() <= depth) levels_.emplace_back(object_);
+    return levels_[depth];
+  }
+
+  bool visitObject(unsigned int property, unsigned int depth) {
+    if (!builder_.beginObject()) return false;
+    DynamicObjectIterator& children = level(depth).children;
+    for (children.initializeTraversal(property); !children.next().end();) {
+      if (!builder_.objectChild(children.getKey(), children.getKeyLength()) ||
+          !visit(children.getProperty(), depth + 1)) {
+        return false;
+      }
+    }
+    return builder_.endObject();
+  }
+
+  bool visitArray(unsigned int property, unsigned int depth) {
+    if (!builder_.beginArray()) return false;
+    Level& here = level(depth);
+    gatherElements(property, here);
+    // Indexed, not iterated: deeper levels may grow `levels_`, which moves no element
+    // of a deque but invalidates iterators into it.
+    for (std::size_t index = 0; index < here.elements.size(); ++index) {
+      if (!builder_.arrayChild() || !visit(here.elements[index], depth + 1)) return false;
+    }
+    return builder_.endArray();
+  }
+
+  // Fills `level.elements` with the handle of element i at index i (0 where there is none).
+  void gatherElements(unsigned int array, Level& level) {
+    level.elements.assign(object_.countChildren(array), 0);
+    for (level.children.initializeTraversal(array); !level.children.next().end();) {
+      const unsigned int index = parseElementIndex(level.children.getKey(), level.children.getKeyLength());
+      if (index < level.elements.size()) level.elements[index] = level.children.getProperty();
     }
   }
-  return builder.endObject();
+
+  // The index of an element key "[n]"; ~0u for anything else.
+  static unsigned int parseElementIndex(const char* key, unsigned int length) {
+    if (length < 3 || key[0] != '[' || key[length - 1] != ']') return ~0u;
+    unsigned int index = 0;
+    for (unsigned int i = 1; i + 1 < length; ++i) {
+      if (key[i] < '0' || key[i] > '9' || index >= DynamicObject::getMaximumArraySize()) return ~0u;
+      index = index * 10 + static_cast<unsigned int>(key[i] - '0');
+    }
+    return index;
+  }
+
+  const DynamicObject& object_;
+  AbstractObjectBuilder& builder_;
+  Deque<Level> levels_;
+};
+
+}  // namespace
+
+bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
+  return SubtreeWalk(*this, builder).visit(property, 0);
 }
 
 // ---------------------------------------------------------------------------------------

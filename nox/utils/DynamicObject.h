@@ -362,7 +362,6 @@ class NOX_UTILS_API DynamicObject {
   void moveSeparatorSubtree(unsigned int from, unsigned int to, std::uint32_t type);
   void resetObject(unsigned int property);
   bool copySubtree(unsigned int property, const DynamicObject& source, unsigned int sourceProperty);
-  bool visitChildren(unsigned int property, type::Type type, AbstractObjectBuilder& builder) const;
 
   NodeAllocator* blockAllocator_;
   StringTable* stringTable_;

@@ -3,9 +3,7 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObject.h>
-#include <nox/utils/DynamicObjectIterator.h>
 
-#include <cstring>
 #include <string_view>
 
 namespace nox::utils {
@@ -157,60 +155,8 @@ bool DynamicObjectBuilder::arrayChild() {
   return true;
 }
 
-namespace {
-
-bool serializeProperty(const DynamicObject& object, unsigned int property, AbstractObjectBuilder& builder);
-
-bool serializeArray(const DynamicObject& object, unsigned int array, AbstractObjectBuilder& builder) {
-  if (!builder.beginArray()) return false;
-  unsigned int count = object.countChildren(array);
-  for (unsigned int i = 0; i < count; ++i) {
-    if (!builder.arrayChild() || !serializeProperty(object, object.getChild(array, i), builder)) return false;
-  }
-  return builder.endArray();
-}
-
-bool serializeObject(const DynamicObject& object, unsigned int parent, AbstractObjectBuilder& builder) {
-  if (!builder.beginObject()) return false;
-  for (DynamicObjectIterator child(object, parent, 0); !child.next().end();) {
-    if (!builder.objectChild(child.getKey(), child.getKeyLength()) ||
-        !serializeProperty(object, child.getProperty(), builder)) {
-      return false;
-    }
-  }
-  return builder.endObject();
-}
-
-bool serializeProperty(const DynamicObject& object, unsigned int property, AbstractObjectBuilder& builder) {
-  type::Type type = object.getType(property);
-  switch (type) {
-    case type::null:
-      return builder.null();
-    case type::integer:
-      return builder.integer(object.getInt(property));
-    case type::real:
-      return builder.real(object.getReal(property));
-    case type::string: {
-      const char* text = object.getString(property);
-      if (text == nullptr) text = "";
-      return builder.string(text, static_cast<unsigned int>(std::strlen(text)));
-    }
-    case type::boolean:
-      return builder.boolean(object.getBool(property));
-    case type::array:
-      return serializeArray(object, property, builder);
-    case type::object:
-      return serializeObject(object, property, builder);
-  }
-  NOX_LOG_ERROR(builder.getLogger(), error::invalidConfiguration,
-                "Error while serializing dynamic object - unexpected property type " << static_cast<int>(type));
-  return false;
-}
-
-}  // namespace
-
 bool serializeDynamicObject(const DynamicObject& object, AbstractObjectBuilder& builder) {
-  return builder.begin() && serializeProperty(object, object.getRoot(), builder) && builder.end();
+  return builder.begin() && object.visitTrie(object.getRoot(), builder) && builder.end();
 }
 
 }  // namespace nox::utils

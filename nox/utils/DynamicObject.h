@@ -268,14 +268,26 @@ class NOX_UTILS_API DynamicObject {
   void initializeBlockGeometry();
   unsigned int countFreeNodes() const;
 
-  Node* getNode(unsigned int handle) const {
-    if (handle == 0) return nullptr;
-    const unsigned int index = handle - 1;
-    const std::size_t block = blockShift_ < 32 ? index >> blockShift_ : index / blockSize_;
-    const std::size_t offset = blockShift_ < 32 ? index & (blockSize_ - 1) : index % blockSize_;
-    if (block >= blocks_.size()) return reportBlockIndexOutOfRange();
-    return blocks_[block] + offset;
-  }
+  // The block table as it stands, for resolving handles. Walks that store key bytes
+  // keep a copy in locals: a store through a char may alias any member, which would
+  // make the compiler reload the table on every step.
+  struct BlockTable {
+    Node* const* blocks;
+    std::size_t count;
+    unsigned int shift;  // log2 of size when size is a power of two, else 32
+    unsigned int size;
+
+    Node* at(unsigned int handle) const {
+      if (handle == 0) return nullptr;
+      const unsigned int index = handle - 1;
+      const std::size_t block = shift < 32 ? index >> shift : index / size;
+      const std::size_t offset = shift < 32 ? index & (size - 1) : index % size;
+      if (block >= count) return reportBlockIndexOutOfRange();
+      return blocks[block] + offset;
+    }
+  };
+  BlockTable getBlockTable() const { return {blocks_.data(), blocks_.size(), blockShift_, blockSize_}; }
+  Node* getNode(unsigned int handle) const { return getBlockTable().at(handle); }
   static Node* reportBlockIndexOutOfRange();
 
   // Resolves the handles met by one walk. Neighbouring trie nodes mostly share a block,

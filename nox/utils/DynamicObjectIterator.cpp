@@ -26,6 +26,7 @@ void DynamicObjectIterator::initializeTraversal(unsigned int start) {
   key_.clear();
   depth_ = 0;
   object_.findValueNode(start != 0 ? start : object_.getRoot(), "", 0, start_, startValue_);
+  startIsRoot_ = start_ == object_.getRoot();
   current_ = start_;
 }
 
@@ -45,19 +46,10 @@ DynamicObjectIterator& DynamicObjectIterator::next() {
   return *this;
 }
 
-const char* DynamicObjectIterator::getKey() const { return key_.empty() ? "" : key_.data() + keyOffset(); }
-
-unsigned int DynamicObjectIterator::getKeyLength() const {
-  if (key_.empty()) return 0;
-  const unsigned int terminated = key_.back() == 0 ? 1 : 0;
-  return static_cast<unsigned int>(key_.size()) - terminated - keyOffset();
-}
-
-unsigned int DynamicObjectIterator::keyOffset() const { return key_[0] == '.' ? 1 : 0; }
-
 void DynamicObjectIterator::descend(unsigned int handle) {
+  const DynamicObject::BlockTable nodes = object_.getBlockTable();
   while (true) {
-    const Node* node = nodeAt(handle);
+    const Node* node = nodeAt(nodes, handle);
     if (node == nullptr) break;
     if (node->isValueNode()) {
       // A value is entered from its terminator, pending on top.
@@ -105,7 +97,7 @@ inline bool DynamicObjectIterator::enterEqual(const Node& node) {
   // Right below a property other than the root, the trie also holds the keys of
   // siblings whose names extend the start's name ("ab" beside "a"): only the
   // separators lead to the start's own descendants.
-  if (key_.empty() && start_ != object_.getRoot() && !isSeparator(byte)) return false;
+  if (key_.empty() && !startIsRoot_ && !isSeparator(byte)) return false;
   if (isSeparator(byte) && !key_.empty()) {
     if (depth_ >= maxDepth_) return false;
     ++depth_;

@@ -29,8 +29,12 @@ class NOX_UTILS_API DynamicObjectIterator {
 
   unsigned int getProperty() const { return current_; }
   // The key relative to the start ("b", "b.c", "[0]"), without a leading full stop.
-  const char* getKey() const;
-  unsigned int getKeyLength() const;
+  const char* getKey() const { return key_.empty() ? "" : key_.data() + keyOffset(); }
+  unsigned int getKeyLength() const {
+    if (key_.empty()) return 0;
+    const unsigned int terminated = key_.back() == 0 ? 1 : 0;
+    return static_cast<unsigned int>(key_.size()) - terminated - keyOffset();
+  }
 
   const DynamicObject& getDynamicObject() const { return object_; }
 
@@ -56,14 +60,15 @@ class NOX_UTILS_API DynamicObjectIterator {
   bool enterEqual(const Node& node);
   // Drops the key byte of the equal subtree the walk leaves; false on a broken state.
   bool leaveEqual(const Node& node);
-  const Node* nodeAt(unsigned int handle) const {
-    const Node* node = object_.getNode(handle);
+  static const Node* nodeAt(const DynamicObject::BlockTable& nodes, unsigned int handle) {
+    const Node* node = nodes.at(handle);
     if (node == nullptr) reportFailure("unable to convert current to real trie node pointer");
     return node;
   }
   // Out of line, to keep the walk's own code small.
   static void reportFailure(const char* message);
-  unsigned int keyOffset() const;
+  // Keys below the root start with the full stop of their first name, which is not shown.
+  unsigned int keyOffset() const { return key_[0] == '.' ? 1 : 0; }
 
   // The path from the start to the current node, less the nodes left for their greater
   // subtree (the walk never comes back to them).
@@ -73,6 +78,7 @@ class NOX_UTILS_API DynamicObjectIterator {
   const DynamicObject& object_;
   unsigned int start_ = 0;
   unsigned int startValue_ = 0;
+  bool startIsRoot_ = true;
   unsigned int current_ = 0;
   unsigned int maxDepth_;
   unsigned int depth_ = 0;

@@ -1160,32 +1160,32 @@ bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& sour
   }
 }
 
-namespace {
-
 // Drives a builder over a subtree. Objects are walked with an iterator over their direct
 // children; array elements are gathered by one such walk and emitted in index order,
 // which their keys' trie order is not ("[10]" comes before "[2]"). Containers at one
 // depth share an iterator and an element table, so the walk allocates per level, not
 // per container.
-class SubtreeWalk {
+class DynamicObject::SubtreeWalk {
  public:
   SubtreeWalk(const DynamicObject& object, AbstractObjectBuilder& builder) : object_(object), builder_(builder) {}
 
   bool visit(unsigned int property, unsigned int depth) {
-    const type::Type type = object_.getType(property);
+    const Node* value = object_.requireValueNode(property);
+    if (value == nullptr) return false;
+    const auto type = static_cast<type::Type>(value->value.type);
     switch (type) {
       case type::null:
         return builder_.null();
       case type::integer:
-        return builder_.integer(object_.getInt(property));
+        return builder_.integer(static_cast<std::int64_t>(value->getPayload()));
       case type::real:
-        return builder_.real(object_.getReal(property));
+        return builder_.real(value->getRealPayload());
       case type::string: {
-        const char* text = object_.getString(property);
+        const char* text = object_.stringTable_->retrieve(value->getPayload(), "");
         return builder_.string(text, lengthOf(text));
       }
       case type::boolean:
-        return builder_.boolean(object_.getBool(property));
+        return builder_.boolean(value->getPayload() == 0);
       case type::array:
         return visitArray(property, depth);
       case type::object:
@@ -1256,8 +1256,6 @@ class SubtreeWalk {
   AbstractObjectBuilder& builder_;
   Deque<Level> levels_;
 };
-
-}  // namespace
 
 bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
   return SubtreeWalk(*this, builder).visit(property, 0);

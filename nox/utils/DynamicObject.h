@@ -264,6 +264,7 @@ class NOX_UTILS_API DynamicObject {
  private:
   friend class DynamicObjectIterator;
   using Node = details::DynamicObjectNode;
+  class SubtreeWalk;
 
   void initializeBlockGeometry();
   unsigned int countFreeNodes() const;

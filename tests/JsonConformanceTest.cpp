@@ -1,7 +1,6 @@
 // Runs the JSON reader over a public conformance corpus (tests/data/json-conformance):
 // y_ files are valid JSON, n_ files invalid, i_ files up to the implementation. Nothing
 // may crash, hang or leak; valid texts round-trip through a dynamic object.
-#include <nox/allocator/Allocator.h>
 #include <nox/utils/BufferLogger.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/JsonObjectBuilder.h>
@@ -16,6 +15,8 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#include "support/LiveBlocks.h"
 
 namespace {
 
@@ -111,7 +112,7 @@ const std::set<std::string> invalidButAccepted = {"n_structure_whitespace_formfe
 TEST(JsonConformance, InvalidTextsAreRefusedWithAReport) {
   const std::vector<Sample> samples = loadCorpus('n');
   ASSERT_EQ(samples.size(), 188u);
-  const auto liveBlocks = nox::allocator::Allocator::instance().liveBlocks();
+  const auto liveBlocks = nox::test::liveBlocksInUse();
   for (const Sample& sample : samples) {
     SCOPED_TRACE(sample.name);
     BufferLogger logger(true, true, true);
@@ -120,13 +121,13 @@ TEST(JsonConformance, InvalidTextsAreRefusedWithAReport) {
     EXPECT_EQ(loaded, invalidButAccepted.count(sample.name) != 0);
     EXPECT_EQ(logger.hasErrors(), !loaded);
   }
-  EXPECT_EQ(nox::allocator::Allocator::instance().liveBlocks(), liveBlocks);
+  EXPECT_EQ(nox::test::liveBlocksInUse(), liveBlocks);
 }
 
 TEST(JsonConformance, ImplementationDefinedTextsNeitherCrashNorLeak) {
   const std::vector<Sample> samples = loadCorpus('i');
   ASSERT_EQ(samples.size(), 35u);
-  const auto liveBlocks = nox::allocator::Allocator::instance().liveBlocks();
+  const auto liveBlocks = nox::test::liveBlocksInUse();
   for (const Sample& sample : samples) {
     SCOPED_TRACE(sample.name);
     BufferLogger logger(true, true, true);
@@ -136,7 +137,7 @@ TEST(JsonConformance, ImplementationDefinedTextsNeitherCrashNorLeak) {
       EXPECT_TRUE(logger.hasErrors());
     }
   }
-  EXPECT_EQ(nox::allocator::Allocator::instance().liveBlocks(), liveBlocks);
+  EXPECT_EQ(nox::test::liveBlocksInUse(), liveBlocks);
 }
 
 }  // namespace

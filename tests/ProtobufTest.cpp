@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "support/LiveBlocks.h"
+
 namespace {
 
 using nox::utils::AbstractObjectBuilder;
@@ -322,7 +324,7 @@ TEST(ProtobufReader, ReportsPropertiesWithoutTheirValue) {
 }
 
 TEST(ProtobufReader, RefusesGarbageWithoutCrashingOrLeaking) {
-  const auto liveBlocks = nox::allocator::Allocator::instance().liveBlocks();
+  const auto liveBlocks = nox::test::liveBlocksInUse();
   {
     std::mt19937_64 random(7);
     // No text in the sample: the runtime prints a complaint for each mangled string.
@@ -367,7 +369,7 @@ TEST(ProtobufReader, RefusesGarbageWithoutCrashingOrLeaking) {
     EXPECT_FALSE(fromBinary(withRoot(nested), object, &logger));
     EXPECT_THAT(errorMessages(logger), ElementsAre(StartsWith("Unable to deserialize a dynamic object: ")));
   }
-  EXPECT_EQ(nox::allocator::Allocator::instance().liveBlocks(), liveBlocks);
+  EXPECT_EQ(nox::test::liveBlocksInUse(), liveBlocks);
 }
 
 class ProtobufWriter : public ::testing::Test {

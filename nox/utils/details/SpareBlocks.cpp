@@ -1,41 +1,45 @@
 #include <nox/utils/details/SpareBlocks.h>
 
 #include <nox/allocator/Allocator.h>
-#include <nox/utils/Containers.h>
 #include <nox/utils/Mutex.h>
 #include <nox/utils/ScopedMutex.h>
+
+#include <new>
 
 namespace nox::utils::details {
 
 namespace {
 
 // Blocks by size. Only a handful of sizes ever occur (one per kind of record and block
-// length), so a linear search over the shelves beats any map.
+// length, a few arena block sizes), so a short array of shelves searched linearly does;
+// a block of yet another size is not kept. Kept blocks are chained through their own
+// first bytes, so keeping them allocates nothing.
 class Shelves {
  public:
   ~Shelves() {
     gone = true;
     for (Shelf& shelf : shelves_) {
-      for (void* block : shelf.blocks) NOX_DEALLOCATE(block);
+      while (shelf.top != nullptr) NOX_DEALLOCATE(pop(shelf));
     }
   }
 
   void* take(std::size_t bytes) {
     ScopedMutex lock(mutex_);
     Shelf* shelf = find(bytes);
-    if (shelf == nullptr || shelf->blocks.empty()) return nullptr;
-    void* block = shelf->blocks.back();
-    shelf->blocks.pop_back();
+    if (shelf == nullptr || shelf->top == nullptr) return nullptr;
     keptBytes_ -= bytes;
-    return block;
+    return pop(*shelf);
   }
 
   bool give(void* block, std::size_t bytes) {
     ScopedMutex lock(mutex_);
-    if (keptBytes_ + bytes > SpareBlocks::capacityBytes) return false;
+    if (bytes < sizeof(KeptBlock) || keptBytes_ + bytes > SpareBlocks::capacityBytes) return false;
     Shelf* shelf = find(bytes);
-    if (shelf == nullptr) shelf = &shelves_.emplace_back(Shelf{bytes, {}});
-    shelf->blocks.push_back(block);
+    if (shelf == nullptr) shelf = find(0);  // a free shelf
+    if (shelf == nullptr) return false;
+    shelf->bytes = bytes;
+    shelf->top = new (block) KeptBlock{shelf->top};
+    ++shelf->count;
     keptBytes_ += bytes;
     return true;
   }
@@ -45,25 +49,44 @@ class Shelves {
     return keptBytes_;
   }
 
+  std::size_t countBlocks() {
+    ScopedMutex lock(mutex_);
+    std::size_t blocks = 0;
+    for (const Shelf& shelf : shelves_) blocks += shelf.count;
+    return blocks;
+  }
+
   // Set when the cache is destroyed at exit: block allocators with static storage that
   // go later free their blocks themselves.
   static inline bool gone = false;
 
  private:
+  struct KeptBlock {
+    KeptBlock* next;
+  };
+  // An empty shelf may be given a new size; 0 marks one that never held anything.
   struct Shelf {
-    std::size_t bytes;
-    Vector<void*> blocks;
+    std::size_t bytes = 0;
+    KeptBlock* top = nullptr;
+    std::size_t count = 0;
   };
 
   Shelf* find(std::size_t bytes) {
     for (Shelf& shelf : shelves_) {
-      if (shelf.bytes == bytes) return &shelf;
+      if (shelf.bytes == bytes || (bytes == 0 && shelf.top == nullptr)) return &shelf;
     }
     return nullptr;
   }
 
+  static void* pop(Shelf& shelf) {
+    KeptBlock* block = shelf.top;
+    shelf.top = block->next;
+    --shelf.count;
+    return block;
+  }
+
   Mutex mutex_;
-  Vector<Shelf> shelves_;
+  Shelf shelves_[16];
   std::size_t keptBytes_ = 0;
 };
 
@@ -84,5 +107,7 @@ void SpareBlocks::give(void* block, std::size_t bytes) {
 }
 
 std::size_t SpareBlocks::countBytes() { return Shelves::gone ? 0 : shelves().countBytes(); }
+
+std::size_t SpareBlocks::countBlocks() { return Shelves::gone ? 0 : shelves().countBlocks(); }
 
 }  // namespace nox::utils::details

@@ -22,8 +22,9 @@ class NOX_UTILS_API SpareBlocks {
   // Keeps a block from the library allocator for a later take(), or frees it when the
   // cache is full.
   static void give(void* block, std::size_t bytes);
-  // Bytes currently kept.
+  // Bytes and blocks currently kept.
   static std::size_t countBytes();
+  static std::size_t countBlocks();
 };
 
 }  // namespace nox::utils::details

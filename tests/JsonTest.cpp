@@ -17,9 +17,13 @@
 #include <string>
 #include <vector>
 
+#include "support/LoggedErrors.h"
 #include "support/RecordingBuilder.h"
 
 namespace {
+
+using nox::test::errorMessages;
+using nox::test::expectOnlyError;
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;
@@ -34,14 +38,6 @@ namespace error = nox::utils::error;
 namespace type = nox::utils::type;
 
 std::string textOf(const MemoryInputOutput& stream) { return std::string(stream.getData(), stream.getSize()); }
-
-std::vector<std::string> errorMessages(const BufferLogger& logger) {
-  std::vector<std::string> messages;
-  for (const BufferLogger::Entry& entry : logger.getEntries()) {
-    if (entry.kind == 'e') messages.emplace_back(entry.message.c_str());
-  }
-  return messages;
-}
 
 std::string toJson(const DynamicObject& object) {
   MemoryInputOutput output;
@@ -59,13 +55,6 @@ bool fromJson(const std::string& text, DynamicObject& object, BufferLogger* logg
 class JsonWriter : public ::testing::Test {
  protected:
   JsonWriter() : logger_(true, true, true), builder_(output_, false) { builder_.setLogger(&logger_); }
-
-  // Checks that the only report is the error `message` (an invalid operation), then forgets it.
-  void expectOnlyError(const std::string& message) {
-    EXPECT_THAT(errorMessages(logger_), ElementsAre(message));
-    for (const BufferLogger::Entry& entry : logger_.getEntries()) EXPECT_EQ(entry.error, error::invalidOperation);
-    logger_.clear();
-  }
 
   MemoryInputOutput output_;
   BufferLogger logger_;
@@ -127,14 +116,14 @@ TEST_F(JsonWriter, KeepsTheTopLevelAnObjectOrArray) {
   MemoryInputOutput ignored;
   EXPECT_FALSE(nox::utils::serializeDynamicObjectToJson(scalar, ignored, &logger_));
   EXPECT_EQ(ignored.getSize(), 0u);
-  expectOnlyError("Expected object or array");
+  expectOnlyError(logger_, "Expected object or array");
 }
 
 TEST_F(JsonWriter, RefusesNonFiniteRealsThenStaysInError) {
   ASSERT_TRUE(builder_.begin());
   ASSERT_TRUE(builder_.beginArray());
   EXPECT_FALSE(builder_.real(std::numeric_limits<double>::quiet_NaN()));
-  expectOnlyError("Invalid real value passed: nan");
+  expectOnlyError(logger_, "Invalid real value passed: nan");
   EXPECT_FALSE(builder_.integer(1));
   EXPECT_FALSE(builder_.endArray());
   EXPECT_THAT(errorMessages(logger_),
@@ -145,7 +134,7 @@ TEST_F(JsonWriter, RefusesNonFiniteRealsThenStaysInError) {
   ASSERT_TRUE(builder_.begin());
   EXPECT_TRUE(builder_.beginArray());
   EXPECT_FALSE(builder_.real(-std::numeric_limits<double>::infinity()));
-  expectOnlyError("Invalid real value passed: -inf");
+  expectOnlyError(logger_, "Invalid real value passed: -inf");
 }
 
 TEST_F(JsonWriter, RefusesTheHundredTwentyEighthNestedArray) {
@@ -155,30 +144,30 @@ TEST_F(JsonWriter, RefusesTheHundredTwentyEighthNestedArray) {
     ASSERT_TRUE(builder_.arrayChild());
   }
   EXPECT_FALSE(builder_.beginArray());
-  expectOnlyError("Maximum generation depth exceeded");
+  expectOnlyError(logger_, "Maximum generation depth exceeded");
   EXPECT_FALSE(builder_.endArray());
-  expectOnlyError("Tried to continue the build while in error");
+  expectOnlyError(logger_, "Tried to continue the build while in error");
   EXPECT_TRUE(builder_.end());
 }
 
 TEST_F(JsonWriter, ReportsMisplacedEventsAndCallSequences) {
   EXPECT_FALSE(builder_.end());
-  expectOnlyError("The Json building was already ended or has never begun.");
+  expectOnlyError(logger_, "The Json building was already ended or has never begun.");
   EXPECT_FALSE(builder_.beginObject());
-  expectOnlyError("The Json building has not begun.");
+  expectOnlyError(logger_, "The Json building has not begun.");
   ASSERT_TRUE(builder_.begin());
   EXPECT_FALSE(builder_.begin());
-  expectOnlyError("The Json building has already begun");
+  expectOnlyError(logger_, "The Json building has already begun");
   ASSERT_TRUE(builder_.beginObject());
   EXPECT_FALSE(builder_.integer(1));
-  expectOnlyError("No current property");
+  expectOnlyError(logger_, "No current property");
   ASSERT_TRUE(builder_.end());
 
   ASSERT_TRUE(builder_.begin());
   ASSERT_TRUE(builder_.beginArray());
   ASSERT_TRUE(builder_.endArray());
   EXPECT_FALSE(builder_.beginArray());
-  expectOnlyError("Unexpected YAJL returned status: yajl_gen_generation_complete");
+  expectOnlyError(logger_, "Unexpected YAJL returned status: yajl_gen_generation_complete");
   EXPECT_EQ(textOf(output_), "{[]");
 }
 

@@ -11,6 +11,7 @@
 
 #include "support/AssertionRecorder.h"
 #include "support/RecordingBuilder.h"
+#include "support/LoggedErrors.h"
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;
@@ -23,6 +24,9 @@ namespace error = nox::utils::error;
 
 namespace {
 
+using nox::test::errorMessages;
+using nox::test::expectOnlyError;
+
 using nox::test::RecordingBuilder;
 
 // Inherits every default.
@@ -32,15 +36,6 @@ std::vector<std::string> eventsOf(const DynamicObject& object) {
   RecordingBuilder recorder;
   EXPECT_TRUE(serializeDynamicObject(object, recorder));
   return recorder.events;
-}
-
-std::vector<std::string> errorMessages(const BufferLogger& logger) {
-  std::vector<std::string> messages;
-  for (const BufferLogger::Entry& entry : logger.getEntries()) {
-    EXPECT_EQ(entry.kind, 'e');
-    messages.emplace_back(entry.message.c_str());
-  }
-  return messages;
 }
 
 // {"name": "box", "size": 3, "ratio": 0.5, "open": true, "tags": ["x", null, {"deep": -7}]}

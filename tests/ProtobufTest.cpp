@@ -17,8 +17,12 @@
 #include <vector>
 
 #include "support/LiveBlocks.h"
+#include "support/LoggedErrors.h"
 
 namespace {
+
+using nox::test::errorMessages;
+using nox::test::expectOnlyError;
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;
@@ -32,12 +36,6 @@ using ::testing::ElementsAre;
 using ::testing::StartsWith;
 namespace error = nox::utils::error;
 namespace type = nox::utils::type;
-
-std::vector<std::string> errorMessages(const BufferLogger& logger) {
-  std::vector<std::string> messages;
-  for (const BufferLogger::Entry& entry : logger.getEntries()) messages.emplace_back(entry.message.c_str());
-  return messages;
-}
 
 std::string toBinary(const DynamicObject& object, BufferLogger* logger = nullptr) {
   unsigned int size = 12345;
@@ -376,12 +374,6 @@ class ProtobufWriter : public ::testing::Test {
  protected:
   ProtobufWriter() : logger_(true, true, true), builder_(output_) { builder_.setLogger(&logger_); }
 
-  void expectOnlyError(const std::string& message) {
-    EXPECT_THAT(errorMessages(logger_), ElementsAre(message));
-    for (const BufferLogger::Entry& entry : logger_.getEntries()) EXPECT_EQ(entry.error, error::invalidOperation);
-    logger_.clear();
-  }
-
   MemoryInputOutput output_;
   BufferLogger logger_;
   ProtobufDynamicObjectBuilder builder_;
@@ -390,17 +382,17 @@ class ProtobufWriter : public ::testing::Test {
 TEST_F(ProtobufWriter, RefusesToEndAnUnfinishedBuild) {
   ASSERT_TRUE(builder_.begin());
   EXPECT_FALSE(builder_.begin());
-  expectOnlyError("A build is already ongoing.");
+  expectOnlyError(logger_, "A build is already ongoing.");
   ASSERT_TRUE(builder_.beginObject());
   EXPECT_FALSE(builder_.end());
-  expectOnlyError("Build not finished");
+  expectOnlyError(logger_, "Build not finished");
   // The build goes on and can still be finished.
   ASSERT_TRUE(builder_.objectChild("a"));
   ASSERT_TRUE(builder_.integer(1));
   ASSERT_TRUE(builder_.endObject());
   EXPECT_TRUE(builder_.end());
   EXPECT_FALSE(builder_.end());
-  expectOnlyError("No build is ongoing.");
+  expectOnlyError(logger_, "No build is ongoing.");
 
   DynamicObject object;
   ASSERT_TRUE(fromBinary(std::string(output_.getData(), output_.getSize()), object));
@@ -419,15 +411,15 @@ TEST_F(ProtobufWriter, RefusesChildrenOfTheWrongContainer) {
   ASSERT_TRUE(builder_.begin());
   ASSERT_TRUE(builder_.beginArray());
   EXPECT_FALSE(builder_.objectChild("a"));
-  expectOnlyError("The current property is not an object.");
+  expectOnlyError(logger_, "The current property is not an object.");
   ASSERT_TRUE(builder_.arrayChild());
   ASSERT_TRUE(builder_.beginObject());
   EXPECT_FALSE(builder_.arrayChild());
-  expectOnlyError("The current property is not an array.");
+  expectOnlyError(logger_, "The current property is not an array.");
   ASSERT_TRUE(builder_.endObject());
   ASSERT_TRUE(builder_.endArray());
   EXPECT_FALSE(builder_.integer(1));
-  expectOnlyError("No current property.");
+  expectOnlyError(logger_, "No current property.");
   EXPECT_TRUE(builder_.end());
 }
 

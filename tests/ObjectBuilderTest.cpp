@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "support/AssertionRecorder.h"
-#include "support/RecordingBuilder.h"
 #include "support/LoggedErrors.h"
+#include "support/RecordingBuilder.h"
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;

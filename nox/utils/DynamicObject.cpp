@@ -542,21 +542,11 @@ type::Type DynamicObject::getType(unsigned int property) const {
 bool DynamicObject::isTypeCompatible(unsigned int property, type::Type requested) const {
   const Node* value = findValueNode(property);
   const std::uint32_t type = value != nullptr ? value->value.type : std::uint32_t{type::null};
-  switch (type) {
-    case type::null:
-      return true;
-    case type::integer:
-    case type::real:
-      return requested == type::integer || requested == type::real;
-    case type::string:
-    case type::boolean:
-    case type::array:
-    case type::object:
-      return requested == static_cast<type::Type>(type);
-    default:
-      NOX_FAIL(requested << "is an unknown nox::utils::type.");
-      return false;
+  if (type > type::object) {
+    NOX_FAIL(requested << "is an unknown nox::utils::type.");
+    return false;
   }
+  return areTypesCompatible(static_cast<type::Type>(type), requested);
 }
 
 namespace {

@@ -65,19 +65,8 @@ DynamicValue& DynamicValue::operator=(const DynamicValue& other) {
 }
 
 bool DynamicValue::isTypeCompatible(type::Type requested) const {
-  switch (type_) {
-    case type::null:
-      return true;
-    case type::integer:
-    case type::real:
-      return requested == type::integer || requested == type::real;
-    case type::string:
-      return requested == type::string;
-    case type::boolean:
-      return requested == type::boolean;
-    default:
-      return false;
-  }
+  // A value holds scalars only: any other code is compatible with nothing.
+  return type_ <= type::boolean && areTypesCompatible(static_cast<type::Type>(type_), requested);
 }
 
 std::int64_t DynamicValue::getInt() const {

@@ -8,4 +8,16 @@ const char* toString(type::Type type) {
   return names[type];
 }
 
+bool areTypesCompatible(type::Type stored, type::Type requested) {
+  switch (stored) {
+    case type::null:
+      return true;
+    case type::integer:
+    case type::real:
+      return requested == type::integer || requested == type::real;
+    default:
+      return requested == stored;
+  }
+}
+
 }  // namespace nox::utils

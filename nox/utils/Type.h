@@ -24,4 +24,9 @@ enum Type : std::int32_t {
 // for any other value.
 NOX_UTILS_API const char* toString(type::Type type);
 
+// Whether a value of kind `stored` may be read as `requested`: null goes with every kind
+// (an absent value may be read as anything), integer and real with each other, and every
+// other kind only with itself.
+NOX_UTILS_API bool areTypesCompatible(type::Type stored, type::Type requested);
+
 }  // namespace nox::utils

@@ -14,6 +14,7 @@
 
 namespace nox::utils::debugger {
 
+using impl::hasSegmentAfter;
 using impl::isSegment;
 using impl::parseUnsigned;
 using impl::reply;
@@ -137,9 +138,7 @@ resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned
              out.string("") && out.endObject();
     });
   }
-  unsigned int restBegin = 0;
-  unsigned int restEnd = 0;
-  const bool hasMore = Uri::retrieveFirstPathSegment(path + end, length - end, restBegin, restEnd);
+  const bool hasMore = hasSegmentAfter(path, length, end);
   if (isSegment(path, begin, end, "entities")) return retrieveEntityResource(path + end, length - end, builder);
   if (!hasMore && (isSegment(path, begin, end, "suspend") || isSegment(path, begin, end, "resume"))) {
     return reply(builder, [this](AbstractObjectBuilder& out) { return writeSuspension(out); });
@@ -194,9 +193,7 @@ resources::Status DebuggerFramework::retrieveEntityResource(const char* path, un
   }
   unsigned int index = 0;
   if (!parseUnsigned(path + begin, end - begin, index)) return resources::unknown;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) return resources::unknown;
+  if (hasSegmentAfter(path, length, end)) return resources::unknown;
   const AbstractContext* context = index < framework_.countContexts(entity) ? getContext(entity, index) : nullptr;
   if (context == nullptr) {
     NOX_FAIL("No context for entity #" << entity << " at index " << index);
@@ -220,9 +217,7 @@ resources::Status DebuggerFramework::createResource(const char* path, unsigned i
   unsigned int begin = 0;
   unsigned int end = 0;
   if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::unknown;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) return resources::unknown;
+  if (hasSegmentAfter(path, length, end)) return resources::unknown;
   return runCommand(path, begin, end, request, builder);
 }
 

@@ -83,12 +83,7 @@ resources::Status EventFramework::retrieveResource(const char* path, unsigned in
   }
   if (isSegment(path, begin, end, "subscriptions")) return resources::unknown;
   unsigned int id = 0;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (!parseUnsigned(path + begin, end - begin, id) ||
-      Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) {
-    return resources::unknown;
-  }
+  if (!parseUnsigned(path + begin, end - begin, id) || hasSegmentAfter(path, length, end)) return resources::unknown;
   return retrieveEvent(id, builder);
 }
 
@@ -112,12 +107,7 @@ resources::Status EventFramework::createResource(const char* path, unsigned int 
   unsigned int begin = 0;
   unsigned int end = 0;
   if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::error;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (!isSegment(path, begin, end, "subscriptions") ||
-      Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) {
-    return resources::unknown;
-  }
+  if (!isSegment(path, begin, end, "subscriptions") || hasSegmentAfter(path, length, end)) return resources::unknown;
   return subscribe(request, builder);
 }
 
@@ -176,12 +166,7 @@ resources::Status EventFramework::deleteResource(const char* path, unsigned int 
   }
   if (isSegment(path, begin, end, "subscriptions")) return deleteSubscriptions(path + end, length - end, builder);
   unsigned int id = 0;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (!parseUnsigned(path + begin, end - begin, id) ||
-      Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd)) {
-    return resources::unknown;
-  }
+  if (!parseUnsigned(path + begin, end - begin, id) || hasSegmentAfter(path, length, end)) return resources::unknown;
   {
     ScopedMutex lock(mutex_);
     auto found = std::find_if(events_.begin(), events_.end(), [id](const Event& event) { return event.id == id; });
@@ -203,10 +188,7 @@ resources::Status EventFramework::deleteSubscriptions(const char* path, unsigned
     return replyNull(builder);
   }
   unsigned int handle = 0;
-  unsigned int extraBegin = 0;
-  unsigned int extraEnd = 0;
-  if (!parseUnsigned(path + begin, end - begin, handle) ||
-      Uri::retrieveFirstPathSegment(path + end, length - end, extraBegin, extraEnd) ||
+  if (!parseUnsigned(path + begin, end - begin, handle) || hasSegmentAfter(path, length, end) ||
       !framework_.unsubscribe(handle)) {
     return resources::unknown;
   }

@@ -32,4 +32,10 @@ bool isSegment(const char* path, unsigned int begin, unsigned int end, const cha
   return std::strlen(word) == length && std::strncmp(path + begin, word, length) == 0;
 }
 
+bool hasSegmentAfter(const char* path, unsigned int length, unsigned int end) {
+  unsigned int nextBegin = 0;
+  unsigned int nextEnd = 0;
+  return Uri::retrieveFirstPathSegment(path + end, length - end, nextBegin, nextEnd);
+}
+
 }  // namespace nox::utils::debugger::impl

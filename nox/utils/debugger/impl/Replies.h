@@ -33,4 +33,8 @@ NOX_UTILS_API bool parseUnsigned(const char* text, unsigned int length, unsigned
 // Whether the segment [begin, end) of `path` is exactly `word`.
 NOX_UTILS_API bool isSegment(const char* path, unsigned int begin, unsigned int end, const char* word);
 
+// Whether another segment follows the one that ends at `end` in the `length` bytes of
+// `path`: resources refuse paths that go on past what they name.
+NOX_UTILS_API bool hasSegmentAfter(const char* path, unsigned int length, unsigned int end);
+
 }  // namespace nox::utils::debugger::impl

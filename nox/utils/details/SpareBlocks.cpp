@@ -35,11 +35,10 @@ class Shelves {
     ScopedMutex lock(mutex_);
     if (bytes < sizeof(KeptBlock) || keptBytes_ + bytes > SpareBlocks::capacityBytes) return false;
     Shelf* shelf = find(bytes);
-    if (shelf == nullptr) shelf = find(0);  // a free shelf
+    if (shelf == nullptr) shelf = findEmpty();
     if (shelf == nullptr) return false;
     shelf->bytes = bytes;
     shelf->top = new (block) KeptBlock{shelf->top};
-    ++shelf->count;
     keptBytes_ += bytes;
     return true;
   }
@@ -52,7 +51,9 @@ class Shelves {
   std::size_t countBlocks() {
     ScopedMutex lock(mutex_);
     std::size_t blocks = 0;
-    for (const Shelf& shelf : shelves_) blocks += shelf.count;
+    for (const Shelf& shelf : shelves_) {
+      for (const KeptBlock* block = shelf.top; block != nullptr; block = block->next) ++blocks;
+    }
     return blocks;
   }
 
@@ -64,16 +65,22 @@ class Shelves {
   struct KeptBlock {
     KeptBlock* next;
   };
-  // An empty shelf may be given a new size; 0 marks one that never held anything.
+  // An empty shelf may take blocks of another size.
   struct Shelf {
     std::size_t bytes = 0;
     KeptBlock* top = nullptr;
-    std::size_t count = 0;
   };
 
   Shelf* find(std::size_t bytes) {
     for (Shelf& shelf : shelves_) {
-      if (shelf.bytes == bytes || (bytes == 0 && shelf.top == nullptr)) return &shelf;
+      if (shelf.bytes == bytes) return &shelf;
+    }
+    return nullptr;
+  }
+
+  Shelf* findEmpty() {
+    for (Shelf& shelf : shelves_) {
+      if (shelf.top == nullptr) return &shelf;
     }
     return nullptr;
   }
@@ -81,7 +88,6 @@ class Shelves {
   static void* pop(Shelf& shelf) {
     KeptBlock* block = shelf.top;
     shelf.top = block->next;
-    --shelf.count;
     return block;
   }
 

@@ -89,6 +89,11 @@ class BufferOutput : public AbstractDataInputOutput {
     return false;
   }
 
+  // Makes room for `size` more bytes at once, sparing the copies of growth by doubling.
+  void reserve(std::size_t size) {
+    if (size <= UINT_MAX - size_ && size_ + size > capacity_) resize(static_cast<unsigned int>(size_ + size));
+  }
+
   char* release(unsigned int& size) {
     size = size_;
     char* bytes = bytes_;
@@ -105,14 +110,17 @@ class BufferOutput : public AbstractDataInputOutput {
       return false;
     }
     const unsigned int needed = size_ + size;
-    unsigned int capacity = capacity_ > UINT_MAX / 2 ? UINT_MAX : std::max(capacity_ * 2, 4096u);
-    if (capacity < needed) capacity = needed;
+    const unsigned int doubled = capacity_ > UINT_MAX / 2 ? UINT_MAX : std::max(capacity_ * 2, 4096u);
+    resize(std::max(doubled, needed));
+    return true;
+  }
+
+  void resize(unsigned int capacity) {
     char* bytes = static_cast<char*>(NOX_ALLOCATE(capacity));
     if (size_ != 0) std::memcpy(bytes, bytes_, size_);
     NOX_DEALLOCATE(bytes_);
     bytes_ = bytes;
     capacity_ = capacity;
-    return true;
   }
 
   char* bytes_ = nullptr;
@@ -196,9 +204,17 @@ struct ProtobufDynamicObjectBuilder::Build {
     version->set_patch(currentPatch);
     // Every property of a finished build has its type, every named one its key and
     // value: the message is complete without asking the runtime to check it.
+    const std::size_t size = message->ByteSizeLong();
+    if (auto* buffer = dynamic_cast<BufferOutput*>(&output)) buffer->reserve(size);
     DataStreamWriter writer(output, logger);
     pb::io::CopyingOutputStreamAdaptor adaptor(&writer);
-    const bool written = message->SerializePartialToZeroCopyStream(&adaptor) && adaptor.Flush();
+    bool written;
+    {
+      pb::io::CodedOutputStream coded(&adaptor);
+      message->SerializeWithCachedSizes(&coded);
+      written = !coded.HadError();
+    }
+    written = written && adaptor.Flush();
     if (!written) {
       // With a complete message the stream is to blame, and it reported why.
       const std::string missing = message->InitializationErrorString();

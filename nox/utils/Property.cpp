@@ -214,18 +214,7 @@ bool Property::hasMutableGet() const { return checkValid() && accessor_->hasMuta
 
 bool Property::isStaticObject() const { return checkValid() && typeManager_->isStaticObject(valueTypeId_); }
 
-bool Property::isTypeCompatible(type::Type requested) const {
-  type::Type own = getType();
-  switch (own) {
-    case type::null:
-      return true;
-    case type::integer:
-    case type::real:
-      return requested == type::integer || requested == type::real;
-    default:
-      return requested == own;
-  }
-}
+bool Property::isTypeCompatible(type::Type requested) const { return areTypesCompatible(getType(), requested); }
 
 std::ostream& operator<<(std::ostream& out, const Property& property) {
   if (!property.isValid()) return out << "invalid property";

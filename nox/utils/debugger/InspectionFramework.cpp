@@ -49,6 +49,8 @@ void InspectionFramework::disableAllEngines() { impl_->disableAllEngines(); }
 
 bool InspectionFramework::startHttp(unsigned short port) { return http_->start(port); }
 
+bool InspectionFramework::startHttp(const HttpOptions& options) { return http_->start(options); }
+
 bool InspectionFramework::isHttpStarted() const { return http_->isStarted(); }
 
 unsigned short InspectionFramework::getHttpPort() const { return http_->getPort(); }

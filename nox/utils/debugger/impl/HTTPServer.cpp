@@ -82,11 +82,13 @@ class RequestBodyInput final : public AbstractDataInputOutput {
 };
 
 // CivetWeb's listening thread notices a stop request only between two polls of its
-// sockets, and a poll lasts up to two seconds. A connection to the port ends the poll
-// at once, so while the server stops, the knocker connects every few milliseconds.
+// sockets, and a poll lasts up to two seconds. A connection to the listening address
+// ends the poll at once, so while the server stops, the knocker connects every few
+// milliseconds.
 class Knocker {
  public:
-  explicit Knocker(unsigned short port) : port_(port), thread_(&Knocker::run, this) {}
+  Knocker(const String& address, unsigned short port)
+      : address_(toSocketAddress(address, port)), thread_(&Knocker::run, this) {}
   ~Knocker() {
     done_ = true;
     thread_.join(nullptr);
@@ -96,16 +98,23 @@ class Knocker {
   Knocker& operator=(const Knocker&) = delete;
 
  private:
-  static void* run(void* self) {
-    const Knocker& knocker = *static_cast<Knocker*>(self);
+  static sockaddr_in toSocketAddress(const String& text, unsigned short port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(knocker.port_);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    // Every interface includes loopback.
+    if (inet_pton(AF_INET, text.c_str(), &address.sin_addr) != 1 || address.sin_addr.s_addr == INADDR_ANY) {
+      address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    }
+    return address;
+  }
+
+  static void* run(void* self) {
+    const Knocker& knocker = *static_cast<Knocker*>(self);
     while (!knocker.done_) {
       const int knock = socket(AF_INET, SOCK_STREAM, 0);
       if (knock >= 0) {
-        connect(knock, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        connect(knock, reinterpret_cast<const sockaddr*>(&knocker.address_), sizeof knocker.address_);
         close(knock);
       }
       nox::utils::sleep(Time(0.005));
@@ -113,7 +122,7 @@ class Knocker {
     return nullptr;
   }
 
-  const unsigned short port_;
+  const sockaddr_in address_;
   std::atomic<bool> done_{false};
   // Last: it starts running once the rest is ready.
   Thread thread_;
@@ -122,6 +131,31 @@ class Knocker {
 const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 unsigned int lengthOf(const char* text) { return static_cast<unsigned int>(std::strlen(text)); }
+
+int hexValue(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+  return -1;
+}
+
+// Percent-decodes the `length` bytes of `raw` into `decoded`; a "%" without two hex
+// digits stands for itself. False when a byte decodes to NUL: the path would mean one
+// thing to the bytes and another to every text function.
+bool decodePath(const char* raw, std::size_t length, String& decoded) {
+  decoded.clear();
+  decoded.reserve(length);
+  for (std::size_t i = 0; i < length; ++i) {
+    char byte = raw[i];
+    if (byte == '%' && i + 2 < length && hexValue(raw[i + 1]) >= 0 && hexValue(raw[i + 2]) >= 0) {
+      byte = static_cast<char>(hexValue(raw[i + 1]) * 16 + hexValue(raw[i + 2]));
+      i += 2;
+    }
+    if (byte == '\0') return false;
+    decoded += byte;
+  }
+  return true;
+}
 
 const char* const optionsReply = "HTTP/1.1 %d %s\r\nContent-Length: 0\r\nAllow: GET,OPTIONS,POST,DELETE\r\n\r\n";
 
@@ -132,15 +166,57 @@ HTTPServer::HTTPServer(InspectionFramework& framework) : framework_(framework) {
 HTTPServer::~HTTPServer() { shutdown(); }
 
 bool HTTPServer::start(unsigned short port) {
+  char portText[8];
+  std::snprintf(portText, sizeof portText, "%u", static_cast<unsigned int>(port));
+  // CivetWeb leaves the path encoded: it is decoded here with its length, so that an
+  // encoded NUL is refused instead of cutting the path short.
+  const char* options[] = {"enable_directory_listing", "false", "listening_ports", portText, "num_threads", "1",
+                           "decode_url", "no", nullptr};
+  if (!launch(options, port)) return false;
+  address_ = "127.0.0.1";
+  port_ = port;
+  NOX_LOG_INFO(&framework_.getLogger(), "Inspection HTTP server started on port " << port_);
+  return true;
+}
+
+bool HTTPServer::start(const HttpOptions& settings) {
+  AbstractLogger* logger = &framework_.getLogger();
+  in_addr address{};
+  if (inet_pton(AF_INET, settings.bindAddress.c_str(), &address) != 1) {
+    NOX_LOG_ERROR(logger, error::invalidConfiguration,
+                  "The inspection HTTP server cannot listen on '" << settings.bindAddress
+                                                                 << "': it is not an IPv4 address.");
+    return false;
+  }
+  if (settings.threadCount == 0) {
+    NOX_LOG_ERROR(logger, error::invalidConfiguration, "The inspection HTTP server needs at least one worker thread.");
+    return false;
+  }
+  char listening[64];
+  std::snprintf(listening, sizeof listening, "%s:%u", settings.bindAddress.c_str(),
+                static_cast<unsigned int>(settings.port));
+  char threads[16];
+  std::snprintf(threads, sizeof threads, "%u", settings.threadCount);
+  char timeout[16];
+  std::snprintf(timeout, sizeof timeout, "%u", settings.requestTimeoutMilliseconds);
+  const char* options[] = {"enable_directory_listing", "false", "listening_ports", listening, "num_threads", threads,
+                           "request_timeout_ms", timeout, "decode_url", "no", nullptr};
+  if (!launch(options, settings.port)) return false;
+  address_ = settings.bindAddress;
+  mg_server_port bound{};
+  port_ = mg_get_server_ports(context_, 1, &bound) == 1 ? static_cast<unsigned short>(bound.port) : settings.port;
+  NOX_LOG_INFO(logger, "Inspection HTTP server started on port " << port_);
+  NOX_LOG_INFO(logger, "Inspection HTTP server listening on " << settings.bindAddress << ":" << port_ << " with "
+                                                              << settings.threadCount << " worker threads.");
+  return true;
+}
+
+bool HTTPServer::launch(const char** options, unsigned short port) {
   AbstractLogger* logger = &framework_.getLogger();
   if (isStarted()) {
     NOX_LOG_ERROR(logger, error::invalidOperation, "The inspection HTTP server is already running on port " << port_);
     return false;
   }
-  char portText[8];
-  std::snprintf(portText, sizeof portText, "%u", static_cast<unsigned int>(port));
-  const char* options[] = {
-      "enable_directory_listing", "false", "listening_ports", portText, "num_threads", "1", nullptr};
   mg_callbacks callbacks;
   std::memset(&callbacks, 0, sizeof callbacks);
   callbacks.begin_request = &HTTPServer::onBeginRequest;
@@ -153,15 +229,13 @@ bool HTTPServer::start(unsigned short port) {
     NOX_LOG_ERROR(logger, error::ioProblem, "Unable to start the inspection HTTP server on port " << port);
     return false;
   }
-  port_ = port;
-  NOX_LOG_INFO(logger, "Inspection HTTP server started on port " << port);
   return true;
 }
 
 void HTTPServer::shutdown() {
   if (!isStarted()) return;
   {
-    Knocker knocker(port_);
+    Knocker knocker(address_, port_);
     mg_stop(context_);
   }
   context_ = nullptr;
@@ -233,8 +307,14 @@ int HTTPServer::answer(mg_connection* connection, const mg_request_info& request
     NOX_LOG_WARNING(logger, "HTTP request: '" << orEmpty(request.request_method) << "' is not a supported method.");
     return JsonHttpReply::badRequest;
   }
-  const char* path = orEmpty(request.local_uri);
-  const unsigned int pathLength = lengthOf(path);
+  const char* rawPath = orEmpty(request.local_uri);
+  String decodedPath;
+  if (!decodePath(rawPath, std::strlen(rawPath), decodedPath)) {
+    NOX_LOG_WARNING(logger, "HTTP request: '" << rawPath << "' is not a valid path.");
+    return JsonHttpReply::badRequest;
+  }
+  const char* path = decodedPath.c_str();
+  const unsigned int pathLength = static_cast<unsigned int>(decodedPath.size());
   unsigned int begin = 0;
   unsigned int end = 0;
   if (!Uri::retrieveFirstPathSegment(path, pathLength, begin, end)) {

@@ -19,6 +19,7 @@
 #pragma once
 
 #include <nox/utils/ScopedPtr.h>
+#include <nox/utils/debugger/HttpOptions.h>
 #include <nox/utils/debugger/Status.h>
 
 struct mg_connection;
@@ -49,6 +50,8 @@ class HTTPServer {
 
   // Listens on `port` and registers the event engine ("events") with the framework.
   bool start(unsigned short port);
+  // The same, listening and checking requests as `options` say.
+  bool start(const HttpOptions& options);
   // Waits for the request in progress, then unregisters the event engine.
   void shutdown();
   bool isStarted() const { return context_ != nullptr; }
@@ -69,12 +72,18 @@ class HTTPServer {
   bool readBody(mg_connection* connection, DynamicObject& request);
   int switchEngines(const DynamicObject& board, JsonHttpReply& reply);
 
+  // Starts CivetWeb with `options` (name and value pairs, then null) and the event
+  // engine; `port` is the one asked for, reported on failure.
+  bool launch(const char** options, unsigned short port);
+
   void registerEventEngine();
   void unregisterEventEngine();
 
   InspectionFramework& framework_;
   mg_context* context_ = nullptr;
   unsigned short port_ = 0;
+  // Where the server listens (for the stop's knocker); loopback for the port form.
+  String address_;
   ScopedPtr<EventFramework> events_;
 };
 

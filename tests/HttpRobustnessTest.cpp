@@ -151,8 +151,8 @@ TEST(HttpRobustnessTest, TwoThousandMixedRequestsLeaveTheServerAndEngineHealthy)
   EXPECT_EQ(client.get("/api/debug/suspend").body, R"({"suspended":false,"entity":4294967295})");
   EXPECT_TRUE(engine.stop());
   EXPECT_EQ(client.get("/api/debug").status, 200);
-  // Only the two deliberate lookups of missing entities asserted.
-  for (const std::string& message : assertions.messages()) EXPECT_EQ(message, "No entity #77");
+  // Nothing a client sent reached an assertion.
+  EXPECT_EQ(assertions.count(), 0u);
 }
 
 }  // namespace

@@ -76,4 +76,8 @@ bool InspectionFramework::unsubscribe(unsigned int handle) { return impl_->unsub
 
 void InspectionFramework::unsubscribeAll() { impl_->unsubscribeAll(); }
 
+unsigned int InspectionFramework::getSubscriptionLimit() const { return impl_->getSubscriptionLimit(); }
+
+void InspectionFramework::setSubscriptionLimit(unsigned int limit) { impl_->setSubscriptionLimit(limit); }
+
 }  // namespace nox::utils::debugger

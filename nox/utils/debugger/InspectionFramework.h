@@ -104,6 +104,10 @@ class NOX_UTILS_API InspectionFramework {
   // Event subscriptions (the request registry's).
   bool unsubscribe(unsigned int handle);
   void unsubscribeAll();
+  // While the registry holds this many requests (1000 unless set), clients' new
+  // subscriptions are refused with a warning (400 over HTTP).
+  unsigned int getSubscriptionLimit() const;
+  void setSubscriptionLimit(unsigned int limit);
 
  private:
   Facilities& facilities_;

@@ -10,6 +10,8 @@ MessageWriter::MessageWriter(std::int64_t seq, const char* type) : json_(text_, 
   field("type", type);
 }
 
+MessageWriter::MessageWriter() : json_(text_, false) { check(json_.begin() && json_.beginObject()); }
+
 MessageWriter& MessageWriter::check(bool written) {
   written_ = written_ && written;
   return *this;

@@ -1,5 +1,5 @@
 // Writes one outgoing protocol message as JSON text: a response or an event, with its
-// body, through the library's JSON writer.
+// body, through the library's JSON writer (and, the same way, the bodies sent to hosts).
 //
 //   MessageWriter out(seq, "event");
 //   out.field("event", "stopped");
@@ -27,6 +27,8 @@ class MessageWriter {
  public:
   // Opens the message object with "seq" and "type".
   MessageWriter(std::int64_t seq, const char* type);
+  // Opens a plain object, for request bodies sent to a host.
+  MessageWriter();
 
   MessageWriter(const MessageWriter&) = delete;
   MessageWriter& operator=(const MessageWriter&) = delete;

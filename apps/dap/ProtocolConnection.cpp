@@ -25,7 +25,14 @@ void ProtocolConnection::receive(const char* data, std::size_t size) {
   }
 }
 
+void ProtocolConnection::traceMessage(const char* direction, const String& body) {
+  if (trace_ == nullptr) return;
+  const String line = direction + body + "\n";
+  trace_->write(line.data(), line.size());
+}
+
 void ProtocolConnection::dispatch(const String& body) {
+  traceMessage("<- ", body);
   DynamicObject message;
   String problem;
   if (!json::parse(body.data(), body.size(), message, problem)) {
@@ -58,6 +65,7 @@ void ProtocolConnection::writeResponseFields(MessageWriter& out, std::int64_t re
 void ProtocolConnection::send(MessageWriter& message) {
   const String text = message.finish();
   if (text.empty() || !open_) return;
+  traceMessage("-> ", text);
   const String framed = MessageFramer::frame(text.data(), text.size());
   open_ = output_.write(framed.data(), framed.size());
 }

@@ -49,6 +49,8 @@ class ProtocolConnection {
   explicit ProtocolConnection(AbstractOutput& output) : output_(output) {}
 
   void setHandler(AbstractRequestHandler* handler) { handler_ = handler; }
+  // Copies every message body, in and out, to `trace` as lines "<- body" and "-> body".
+  void setTrace(AbstractOutput* trace) { trace_ = trace; }
 
   // Frames, parses and dispatches what the peer sent.
   void receive(const char* data, std::size_t size);
@@ -69,9 +71,11 @@ class ProtocolConnection {
 
  private:
   void dispatch(const nox::utils::String& body);
+  void traceMessage(const char* direction, const nox::utils::String& body);
 
   AbstractOutput& output_;
   AbstractRequestHandler* handler_ = nullptr;
+  AbstractOutput* trace_ = nullptr;
   MessageFramer framer_;
   std::int64_t seq_ = 1;
   bool open_ = true;

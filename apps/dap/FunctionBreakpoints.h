@@ -2,7 +2,7 @@
 //
 // Each breakpoint name is a location ("sim:agents/3/move"), subscribed with a
 // "location" filter, plus a "hitcount" filter when the hit condition is a whole number
-// (the host then stops from that hit on). A new set replaces the whole earlier one: the
+// N: the host then stops on the Nth pass at the location and on every later one. A new set replaces the whole earlier one: the
 // earlier subscriptions are cancelled and the new ones made, side by side, and the
 // answer waits until the host has replied to each.
 //

@@ -26,7 +26,7 @@ const char* const usage =
     "usage: nox-dap [--stdio | --port N] [--trace FILE] [--help] [--version]\n"
     "  --stdio        speak the Debug Adapter Protocol on standard input and output (default)\n"
     "  --port N       serve one client at a time on 127.0.0.1:N instead\n"
-    "  --trace FILE   append every protocol message to FILE\n"
+    "  --trace FILE   append every protocol message to FILE (default: $NOX_DAP_TRACE, if set)\n"
     "Attach with the arguments {\"url\": \"http://127.0.0.1:8080\", \"token\": \"...\"}; the token is\n"
     "optional and defaults to the environment variable NOX_INSPECT_TOKEN.\n";
 
@@ -121,6 +121,9 @@ int main(int argc, char** argv) {
   if (!parseOptions(argc, argv, options)) {
     std::fputs(usage, stderr);
     return 2;
+  }
+  if (options.trace == nullptr && std::getenv("NOX_DAP_TRACE") != nullptr && *std::getenv("NOX_DAP_TRACE") != '\0') {
+    options.trace = std::getenv("NOX_DAP_TRACE");
   }
   installSignals();
   nox::utils::setAssertionFailedFunction(&reportAssertion);

@@ -1,0 +1,75 @@
+// Hosts that are not there, or that go away: the editor always hears why.
+'use strict';
+
+const { describe, it } = require('node:test');
+const assert = require('node:assert/strict');
+const { spawn } = require('node:child_process');
+const { DebugClient } = require('@vscode/debugadapter-testsupport');
+const { adapter, exited, freePort, sleep, startDemo, startClient } = require('./helpers');
+
+describe('hosts that fail', { timeout: 60000 }, () => {
+  it('refuses to attach to a URL where no host listens, with a readable message', async () => {
+    const client = await startClient();
+    try {
+      await client.initializeRequest();
+      const url = `http://127.0.0.1:${await freePort()}`;
+      await assert.rejects(client.attachRequest({ url }), (error) => {
+        assert.match(error.message, new RegExp(`^Unable to reach the host at ${url}: `));
+        return true;
+      });
+      await assert.rejects(client.threadsRequest(), /Not attached to a host/);
+      await assert.rejects(client.attachRequest({}), /needs the host's "url"/);
+    } finally {
+      await client.stop();
+    }
+  });
+
+  it('ends the session with the reason when the host dies while attached', async () => {
+    const host = await startDemo();
+    const client = await startClient();
+    try {
+      await client.initializeRequest();
+      await client.attachRequest({ url: host.url });
+      const output = client.waitForEvent('output');
+      const terminated = client.waitForEvent('terminated');
+      host.child.kill('SIGKILL');
+      const { body } = await output;
+      assert.equal(body.category, 'console');
+      assert.match(body.output, new RegExp(`lost the host at ${host.url}: `));
+      await terminated;
+      await assert.rejects(client.threadsRequest(), /Not attached to a host/);
+    } finally {
+      host.child.kill('SIGKILL');
+      await client.stop();
+    }
+  });
+
+  it('serves clients one after another on a TCP port, and stops on SIGTERM', async () => {
+    const port = await freePort();
+    const server = spawn(adapter, ['--port', String(port)], { stdio: 'ignore' });
+    try {
+      for (let round = 0; round < 2; ++round) {
+        const client = new DebugClient(adapter, '', 'nox');
+        // Server mode: the client waits without timeouts, so retry the connection here.
+        for (let attempt = 0; ; ++attempt) {
+          try {
+            await new Promise((resolve, reject) => {
+              client.start(port).then(resolve, reject);
+              client._socket.once('error', reject);
+            });
+            break;
+          } catch (error) {
+            if (attempt > 50) throw error;
+            await sleep(50);
+          }
+        }
+        const { body } = await client.initializeRequest();
+        assert.equal(body.supportsFunctionBreakpoints, true);
+        await client.stop();
+      }
+    } finally {
+      server.kill('SIGTERM');
+    }
+    assert.equal(await exited(server), 0);
+  });
+});

@@ -5,7 +5,7 @@ const { describe, it } = require('node:test');
 const assert = require('node:assert/strict');
 const { spawn } = require('node:child_process');
 const { DebugClient } = require('@vscode/debugadapter-testsupport');
-const { adapter, exited, freePort, sleep, startDemo, startClient } = require('./helpers');
+const { adapter, exited, freePort, getJson, requestAndWait, sleep, startDemo, startClient, stopClient } = require('./helpers');
 
 describe('hosts that fail', { timeout: 60000 }, () => {
   it('refuses to attach to a URL where no host listens, with a readable message', async () => {
@@ -20,7 +20,7 @@ describe('hosts that fail', { timeout: 60000 }, () => {
       await assert.rejects(client.threadsRequest(), /Not attached to a host/);
       await assert.rejects(client.attachRequest({}), /needs the host's "url"/);
     } finally {
-      await client.stop();
+      assert.equal(await stopClient(client), 0);
     }
   });
 
@@ -40,7 +40,23 @@ describe('hosts that fail', { timeout: 60000 }, () => {
       await assert.rejects(client.threadsRequest(), /Not attached to a host/);
     } finally {
       host.child.kill('SIGKILL');
-      await client.stop();
+      assert.equal(await stopClient(client), 0);
+    }
+  });
+
+  it('resumes the host it stopped when the editor goes away without a word', async () => {
+    const host = await startDemo();
+    try {
+      const client = await startClient();
+      await client.initializeRequest();
+      await client.attachRequest({ url: host.url });
+      await requestAndWait(client, 'stopped', () => client.pauseRequest({ threadId: 2 }));
+      const child = client._adapterProcess;
+      client.stopAdapter();
+      assert.equal(await exited(child), 0);
+      assert.equal((await getJson(host.url, 'debug/suspend')).suspended, false);
+    } finally {
+      host.child.kill('SIGKILL');
     }
   });
 

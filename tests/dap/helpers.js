@@ -71,6 +71,14 @@ async function startClient(trace) {
   return client;
 }
 
+// Ends the client's session and its adapter, answering the adapter's exit status: 0
+// unless it crashed or (in sanitizer builds) leaked.
+async function stopClient(client) {
+  const child = client._adapterProcess;
+  await client.stop();
+  return child ? exited(child) : 0;
+}
+
 // Sends a request and waits for the event it should cause, listening before sending.
 async function requestAndWait(client, event, send) {
   const waited = client.waitForEvent(event);
@@ -78,4 +86,4 @@ async function requestAndWait(client, event, send) {
   return { response, event: await waited };
 }
 
-module.exports = { adapter, freePort, sleep, getJson, startDemo, exited, startClient, requestAndWait };
+module.exports = { adapter, freePort, sleep, getJson, startDemo, exited, startClient, stopClient, requestAndWait };

@@ -8,7 +8,7 @@ const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
-const { getJson, sleep, startDemo, startClient, requestAndWait } = require('./helpers');
+const { getJson, sleep, startDemo, startClient, stopClient, requestAndWait } = require('./helpers');
 
 const invalidEntity = 4294967295;
 
@@ -24,7 +24,6 @@ describe('a session with a running host', { timeout: 120000 }, () => {
   });
 
   after(async () => {
-    if (client) client.stopAdapter?.();
     if (host) host.child.kill('SIGKILL');
     if (process.env.NOX_DAP_TRANSCRIPT && fs.existsSync(trace)) fs.copyFileSync(trace, process.env.NOX_DAP_TRANSCRIPT);
   });
@@ -168,5 +167,9 @@ describe('a session with a running host', { timeout: 120000 }, () => {
     assert.deepEqual(await getJson(host.url, 'debug/suspend'), { suspended: false, entity: invalidEntity });
     assert.ok((await getJson(host.url, 'sim')).ticks > before);
     assert.equal(host.child.exitCode, null);
+  });
+
+  it('ends cleanly when the editor closes it', async () => {
+    assert.equal(await stopClient(client), 0);
   });
 });

@@ -119,6 +119,7 @@ void installSignals() {
 int main(int argc, char** argv) {
   Options options;
   if (!parseOptions(argc, argv, options)) {
+    std::fputs("nox-dap: bad option\n", stderr);
     std::fputs(usage, stderr);
     return 2;
   }

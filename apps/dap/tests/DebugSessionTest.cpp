@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include <string>
 #include <vector>
 
@@ -20,13 +22,15 @@ struct Call {
   std::string method;
   std::string path;
   std::string body;
+  std::string token;
 };
 
 class ScriptedHost : public AbstractHttpClient {
  public:
-  unsigned int start(const char* method, const String& url, const String* body, const String&) override {
+  unsigned int start(const char* method, const String& url, const String* body, const String& token) override {
     const std::string text(url.c_str());
-    calls.push_back({nextId, method, text.substr(text.find("/api")), body != nullptr ? body->c_str() : ""});
+    calls.push_back(
+        {nextId, method, text.substr(text.find("/api")), body != nullptr ? body->c_str() : "", token.c_str()});
     return nextId++;
   }
   std::vector<Call> calls;
@@ -189,6 +193,20 @@ TEST_F(DebugSessionTest, LeavingResumesOnlyAStopTheAdapterMade) {
   EXPECT_TRUE(sent(R"("command":"disconnect","success":true)"));
   request("threads");
   EXPECT_TRUE(sent("Not attached to a host"));
+}
+
+TEST_F(DebugSessionTest, TheTokenGoesWithEveryCall) {
+  request("attach", R"({"url":"http://127.0.0.1:9","token":"s3cret"})");
+  ASSERT_EQ(host.calls.size(), 1u);
+  EXPECT_EQ(host.calls[0].token, "s3cret");
+  answer("POST", "/api/engines", 401, "");
+  EXPECT_TRUE(sent("refused the adapter (HTTP 401 Unauthorized)"));
+
+  setenv("NOX_INSPECT_TOKEN", "from-environment", 1);
+  attach();
+  unsetenv("NOX_INSPECT_TOKEN");
+  request("threads");
+  EXPECT_EQ(host.calls.back().token, "from-environment");
 }
 
 TEST_F(DebugSessionTest, AHostThatGoesAwayEndsTheSessionAndEveryRequestIsAnswered) {

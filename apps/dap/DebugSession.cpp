@@ -62,6 +62,7 @@ struct DebugSession::Route {
 const DebugSession::Route DebugSession::routes[] = {
     {"initialize", &DebugSession::initialize, false},
     {"attach", &DebugSession::attach, false},
+    {"launch", &DebugSession::launch, false},
     {"configurationDone", &DebugSession::configurationDone, false},
     {"disconnect", &DebugSession::disconnect, false},
     {"setExceptionBreakpoints", &DebugSession::setExceptionBreakpoints, false},
@@ -184,6 +185,10 @@ void DebugSession::onAttachReply(const HostCall& call, const HttpReply& reply, s
   watcher_.start(static_cast<std::uint32_t>(newest), now);
 }
 
+void DebugSession::launch(const Request& request) {
+  fail(request.seq, "launch", "nox-dap attaches to a running host: use an attach configuration with its \"url\".");
+}
+
 void DebugSession::configurationDone(const Request& request) {
   connection_.respond(request.seq, request.command.c_str(), true, nullptr);
 }
@@ -228,6 +233,7 @@ void DebugSession::onHttpReply(const HttpReply& reply, std::int64_t now) {
     default: break;
   }
   if (reply.status == 0) {
+    if (call.purpose == Purpose::command) watcher_.commandAnswered(StopWatcher::Command::none, false);
     const String reason = reply.error;
     onHostLost(reason);
     fail(call.requestSeq, call.command.c_str(), "Lost the host: " + reason);

@@ -57,6 +57,7 @@ class DebugSession : public AbstractRequestHandler, public AbstractStopListener 
   // ---- Requests.
   void initialize(const Request& request);
   void attach(const Request& request);
+  void launch(const Request& request);
   void configurationDone(const Request& request);
   void threads(const Request& request);
   void pause(const Request& request);

@@ -17,6 +17,9 @@ using Purpose = HostCall::Purpose;
 void StopWatcher::start(std::uint32_t lastEventId, std::int64_t now) {
   watching_ = true;
   polling_ = false;
+  // Whatever was in flight belonged to an earlier attach.
+  commandsInFlight_ = 0;
+  eventsInFlight_ = 0;
   lastEventId_ = lastEventId;
   stopped_ = false;
   owned_ = false;

@@ -5,7 +5,7 @@ const { describe, it } = require('node:test');
 const assert = require('node:assert/strict');
 const { spawn } = require('node:child_process');
 const { DebugClient } = require('@vscode/debugadapter-testsupport');
-const { adapter, exited, freePort, getJson, requestAndWait, sleep, startDemo, startClient, stopClient } = require('./helpers');
+const { demoTakesToken, adapter, exited, freePort, getJson, requestAndWait, sleep, startDemo, startClient, stopClient } = require('./helpers');
 
 describe('hosts that fail', { timeout: 60000 }, () => {
   it('refuses to attach to a URL where no host listens, with a readable message', async () => {
@@ -57,6 +57,21 @@ describe('hosts that fail', { timeout: 60000 }, () => {
       assert.equal((await getJson(host.url, 'debug/suspend')).suspended, false);
     } finally {
       host.child.kill('SIGKILL');
+    }
+  });
+
+  it('sends the token of a host that requires one', { skip: !demoTakesToken() && 'nox-demo has no --token' }, async () => {
+    const token = 'e2e-token-5f1c';
+    const host = await startDemo(['--token', token], { Authorization: `Bearer ${token}` });
+    const client = await startClient();
+    try {
+      await client.initializeRequest();
+      await assert.rejects(client.attachRequest({ url: host.url }), /HTTP 401/);
+      await client.attachRequest({ url: host.url, token });
+      assert.equal((await client.threadsRequest()).body.threads.length, 4);
+    } finally {
+      host.child.kill('SIGKILL');
+      assert.equal(await stopClient(client), 0);
     }
   });
 

@@ -27,22 +27,22 @@ function freePort() {
 const sleep = (ms) => new Promise((resolve) => setTimeout(resolve, ms));
 
 // GETs a resource of a host's inspection API, answering the parsed JSON.
-async function getJson(url, path) {
-  const reply = await fetch(`${url}/api/${path}`, { signal: AbortSignal.timeout(5000) });
+async function getJson(url, path, headers = {}) {
+  const reply = await fetch(`${url}/api/${path}`, { headers, signal: AbortSignal.timeout(5000) });
   if (!reply.ok) throw new Error(`GET ${path}: HTTP ${reply.status}`);
   return reply.json();
 }
 
 // Starts nox-demo on a free port (another one if that port was taken meanwhile) and
 // waits until it answers. The caller kills it.
-async function startDemo() {
+async function startDemo(extraArguments = [], headers = {}) {
   for (let attempt = 0; attempt < 10; ++attempt) {
     const port = await freePort();
-    const child = spawn(demo, ['--port', String(port), '--tick-ms', '5'], { stdio: 'ignore' });
+    const child = spawn(demo, ['--port', String(port), '--tick-ms', '5', ...extraArguments], { stdio: 'ignore' });
     const url = `http://127.0.0.1:${port}`;
     for (let wait = 0; wait < 100 && child.exitCode === null; ++wait) {
       try {
-        await getJson(url, 'debug');
+        await getJson(url, 'debug', headers);
         return { child, url };
       } catch {
         await sleep(50);
@@ -63,12 +63,20 @@ function exited(child) {
 // file where the adapter writes every message.
 async function startClient(trace) {
   const env = { ...process.env };
+  // Tests give tokens explicitly.
+  delete env.NOX_INSPECT_TOKEN;
   if (trace) env.NOX_DAP_TRACE = trace;
   else delete env.NOX_DAP_TRACE;
   const client = new DebugClient(adapter, '--stdio', 'nox', { env });
   client.defaultTimeout = 10000;
   await client.start();
   return client;
+}
+
+// Whether this nox-demo can require a bearer token.
+function demoTakesToken() {
+  const { execFileSync } = require('node:child_process');
+  return execFileSync(demo, ['--help'], { encoding: 'utf8' }).includes('--token');
 }
 
 // Ends the client's session and its adapter, answering the adapter's exit status: 0
@@ -86,4 +94,4 @@ async function requestAndWait(client, event, send) {
   return { response, event: await waited };
 }
 
-module.exports = { adapter, freePort, sleep, getJson, startDemo, exited, startClient, stopClient, requestAndWait };
+module.exports = { demoTakesToken, adapter, freePort, sleep, getJson, startDemo, exited, startClient, stopClient, requestAndWait };

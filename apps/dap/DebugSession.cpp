@@ -6,10 +6,7 @@
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/DynamicObject.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace nox::dap {
 
@@ -20,24 +17,6 @@ using Purpose = HostCall::Purpose;
 namespace {
 
 constexpr unsigned int invalidEntity = 4294967295u;
-
-String decimal(std::int64_t number) { return String(std::to_string(number).c_str()); }
-
-// The text after "/api/" for an evaluated expression: a resource path, given with or
-// without a leading "/" or "/api/". Empty when the text cannot be a path.
-String resourcePath(const String& expression) {
-  std::size_t begin = expression.find_first_not_of(" \t/");
-  const std::size_t end = expression.find_last_not_of(" \t");
-  if (begin == String::npos) return String();
-  String path = expression.substr(begin, end - begin + 1);
-  if (path.compare(0, 4, "api/") == 0) path.erase(0, 4);
-  static const char allowed[] = "-._~/:?&=,%+";
-  for (char c : path) {
-    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    if (!plain && std::strchr(allowed, c) == nullptr) return String();
-  }
-  return path;
-}
 
 // A base URL as the adapter uses it: http or https, printable, no trailing slash.
 bool normalizeUrl(String& url) {
@@ -67,21 +46,21 @@ const DebugSession::Route DebugSession::routes[] = {
     {"disconnect", &DebugSession::disconnect, false},
     {"setExceptionBreakpoints", &DebugSession::setExceptionBreakpoints, false},
     {"setBreakpoints", &DebugSession::setBreakpoints, false},
-    {"threads", &DebugSession::threads, true},
+    {"threads", &DebugSession::inspect, true},
     {"pause", &DebugSession::pause, true},
     {"continue", &DebugSession::resume, true},
     {"next", &DebugSession::resume, true},
     {"stepIn", &DebugSession::resume, true},
     {"stepOut", &DebugSession::resume, true},
-    {"stackTrace", &DebugSession::stackTrace, true},
-    {"scopes", &DebugSession::scopes, true},
-    {"variables", &DebugSession::variables, true},
-    {"evaluate", &DebugSession::evaluate, true},
+    {"stackTrace", &DebugSession::inspect, true},
+    {"scopes", &DebugSession::inspect, true},
+    {"variables", &DebugSession::inspect, true},
+    {"evaluate", &DebugSession::inspect, true},
     {"setFunctionBreakpoints", &DebugSession::setFunctionBreakpoints, true},
 };
 
 DebugSession::DebugSession(ProtocolConnection& connection, AbstractHttpClient& http)
-    : connection_(connection), host_(http), watcher_(host_, breakpoints_, *this) {}
+    : connection_(connection), host_(http), inspection_(connection, host_), watcher_(host_, breakpoints_, *this) {}
 
 DebugSession::~DebugSession() {
   for (auto& queued : queuedBreakpoints_) NOX_DELETE(queued.second);
@@ -102,14 +81,6 @@ void DebugSession::onRequest(const Request& request) {
 
 void DebugSession::fail(std::int64_t requestSeq, const char* command, const String& message) {
   connection_.respond(requestSeq, command, false, message.c_str());
-}
-
-bool DebugSession::call(const char* method, const String& path, const String* body, HostCall what) {
-  const std::int64_t seq = what.requestSeq;
-  const String command = what.command;
-  if (host_.send(method, path, body, std::move(what))) return true;
-  fail(seq, command.c_str(), "No HTTP request could be started.");
-  return false;
 }
 
 // ---- Session setup.
@@ -149,7 +120,7 @@ void DebugSession::attach(const Request& request) {
   }
   host_.open(url, token);
   const String enable = "{\"events\":true}";
-  if (!call("POST", "/api/engines", &enable, HostCall{Purpose::enableEvents, request.seq, "attach"})) host_.close();
+  host_.send("POST", "/api/engines", &enable, HostCall{Purpose::enableEvents, request.seq, "attach"});
 }
 
 void DebugSession::onAttachReply(const HostCall& call, const HttpReply& reply, std::int64_t now) {
@@ -167,7 +138,7 @@ void DebugSession::onAttachReply(const HostCall& call, const HttpReply& reply, s
     return;
   }
   if (call.purpose == Purpose::enableEvents) {
-    this->call("GET", "/api/events", nullptr, HostCall{Purpose::readEventBaseline, call.requestSeq, "attach"});
+    host_.send("GET", "/api/events", nullptr, HostCall{Purpose::readEventBaseline, call.requestSeq, "attach"});
     return;
   }
   // Events queued before the adapter came are not its own: polls start after them.
@@ -184,6 +155,8 @@ void DebugSession::onAttachReply(const HostCall& call, const HttpReply& reply, s
   connection_.sendEvent("initialized");
   watcher_.start(static_cast<std::uint32_t>(newest), now);
 }
+
+void DebugSession::inspect(const Request& request) { inspection_.onRequest(request); }
 
 void DebugSession::launch(const Request& request) {
   fail(request.seq, "launch", "nox-dap attaches to a running host: use an attach configuration with its \"url\".");
@@ -239,27 +212,11 @@ void DebugSession::onHttpReply(const HttpReply& reply, std::int64_t now) {
     fail(call.requestSeq, call.command.c_str(), "Lost the host: " + reason);
     return;
   }
-  switch (call.purpose) {
-    case Purpose::threads: onThreads(call, reply); return;
-    case Purpose::command: onCommand(call, reply); return;
-    case Purpose::stackTrace: onStackTrace(call, reply); return;
-    case Purpose::context: onContext(call, reply); return;
-    default: onEvaluate(call, reply); return;
+  if (call.purpose == Purpose::command) {
+    onCommand(call, reply);
+  } else {
+    inspection_.onReply(call, reply);
   }
-}
-
-void DebugSession::failHostCall(const HostCall& call, const HttpReply& reply, const String& refused) {
-  fail(call.requestSeq, call.command.c_str(),
-       reply.status == 400 || reply.status == 404 ? refused : "The host answered HTTP " + decimal(reply.status) + ".");
-}
-
-DynamicObject* DebugSession::readDocument(const HostCall& call, const HttpReply& reply) {
-  DynamicObject* document = NOX_NEW DynamicObject();
-  String problem;
-  if (json::parse(reply.body.data(), reply.body.size(), *document, problem)) return document;
-  NOX_DELETE(document);
-  fail(call.requestSeq, call.command.c_str(), "The host's reply is not JSON: " + problem);
-  return nullptr;
 }
 
 // ---- Leaving.
@@ -283,11 +240,9 @@ void DebugSession::beginDisconnect(std::int64_t requestSeq) {
   disconnectSeq_ = requestSeq;
   watcher_.stop();
   disconnectCalls_ = breakpoints_.cancelAll(requestSeq, "disconnect", host_);
-  if (host_.send("GET", "/api/debug/suspend", nullptr, HostCall{Purpose::finalState, requestSeq, "disconnect"})) {
-    ++disconnectCalls_;
-  }
+  host_.send("GET", "/api/debug/suspend", nullptr, HostCall{Purpose::finalState, requestSeq, "disconnect"});
+  ++disconnectCalls_;
   finalSuspended_ = false;
-  if (disconnectCalls_ == 0) endDisconnect();
 }
 
 // Counts down the unsubscriptions and the state read that leaving waits for, then
@@ -307,8 +262,9 @@ void DebugSession::onDisconnectReply(const HostCall& call, const HttpReply& repl
   if (disconnectCalls_ > 0 && --disconnectCalls_ == 0) {
     const bool leftStopped = finalSuspended_ && (watcher_.ownsSuspension() || watcher_.isPausePending());
     const String nothing;
-    if (!leftStopped || !host_.send("POST", "/api/debug/resume", &nothing,
-                                    HostCall{Purpose::finalResume, disconnectSeq_, "disconnect"})) {
+    if (leftStopped) {
+      host_.send("POST", "/api/debug/resume", &nothing, HostCall{Purpose::finalResume, disconnectSeq_, "disconnect"});
+    } else {
       endDisconnect();
     }
   }
@@ -324,8 +280,7 @@ void DebugSession::endDisconnect() {
 void DebugSession::forgetHost() {
   host_.close();
   watcher_.stop();
-  store_.clear();
-  ++storeGeneration_;
+  inspection_.forget();
   breakpoints_.reset();
   for (auto& queued : queuedBreakpoints_) {
     fail(queued.first, "setFunctionBreakpoints", "The session with the host ended.");
@@ -346,158 +301,6 @@ void DebugSession::onHostLost(const String& reason) {
 }
 
 
-// ---- Threads, stacks and variables.
-
-void DebugSession::threads(const Request& request) {
-  call("GET", "/api/debug/entities", nullptr, HostCall{Purpose::threads, request.seq, request.command});
-}
-
-void DebugSession::onThreads(const HostCall& call, const HttpReply& reply) {
-  if (reply.status != 200) return failHostCall(call, reply, "The host has no debugger.");
-  DynamicObject entities;
-  String problem;
-  json::parse(reply.body.data(), reply.body.size(), entities, problem);
-  MessageWriter out(connection_.nextSeq(), "response");
-  ProtocolConnection::writeResponseFields(out, call.requestSeq, "threads", true);
-  out.key("body").beginObject().key("threads").beginArray();
-  const unsigned int root = entities.getRoot();
-  const bool isList = entities.getType(root) == nox::utils::type::array;
-  for (unsigned int i = 0, count = isList ? entities.countChildren(root) : 0; i < count; ++i) {
-    std::int64_t id = 0;
-    if (!json::readInteger(entities, entities.getChild(root, i), "index", id)) continue;
-    out.element().beginObject().field("id", id).field("name", "entity " + decimal(id)).endObject();
-  }
-  out.endArray().endObject();
-  connection_.send(out);
-}
-
-void DebugSession::stackTrace(const Request& request) {
-  std::int64_t thread = -1;
-  std::int64_t start = 0;
-  std::int64_t levels = 0;
-  if (!json::readInteger(request.message, request.arguments, "threadId", thread) || thread < 0 ||
-      thread >= invalidEntity) {
-    fail(request.seq, "stackTrace", "stackTrace needs a \"threadId\".");
-    return;
-  }
-  json::readInteger(request.message, request.arguments, "startFrame", start);
-  json::readInteger(request.message, request.arguments, "levels", levels);
-  HostCall what{Purpose::stackTrace, request.seq, "stackTrace", thread};
-  // The wanted slice: first frame in the high half, count (0 for all) in the low one.
-  what.detail = (std::max<std::int64_t>(start, 0) << 32) | (std::max<std::int64_t>(levels, 0) & 0xFFFFFFFF);
-  call("GET", "/api/debug/entities/" + decimal(thread) + "/contexts", nullptr, std::move(what));
-}
-
-void DebugSession::onStackTrace(const HostCall& call, const HttpReply& reply) {
-  if (reply.status != 200) {
-    return failHostCall(call, reply, "Entity " + decimal(call.number) + " is not registered on the host.");
-  }
-  DynamicObject contexts;
-  String problem;
-  json::parse(reply.body.data(), reply.body.size(), contexts, problem);
-  const unsigned int root = contexts.getRoot();
-  const unsigned int count =
-      contexts.getType(root) == nox::utils::type::array ? contexts.countChildren(root) : 0;
-  const std::int64_t start = call.detail >> 32;
-  const std::int64_t levels = call.detail & 0xFFFFFFFF;
-  MessageWriter out(connection_.nextSeq(), "response");
-  ProtocolConnection::writeResponseFields(out, call.requestSeq, "stackTrace", true);
-  out.key("body").beginObject().key("stackFrames").beginArray();
-  // The host lists contexts from the bottom of the stack; frames go from the top.
-  for (std::int64_t shown = 0, position = static_cast<std::int64_t>(count) - 1 - start;
-       position >= 0 && (levels == 0 || shown < levels); --position, ++shown) {
-    const unsigned int context = contexts.getChild(root, static_cast<unsigned int>(position));
-    std::int64_t index = position;
-    String location;
-    json::readInteger(contexts, context, "index", index);
-    json::readString(contexts, context, "location", location);
-    const std::int64_t id = store_.findOrAddFrame(static_cast<unsigned int>(call.number), static_cast<unsigned int>(index));
-    out.element().beginObject().field("id", id).field("name", location);
-    out.field("line", std::int64_t{0}).field("column", std::int64_t{0}).endObject();
-  }
-  out.endArray().field("totalFrames", static_cast<std::int64_t>(count)).endObject();
-  connection_.send(out);
-}
-
-void DebugSession::scopes(const Request& request) {
-  std::int64_t frame = 0;
-  json::readInteger(request.message, request.arguments, "frameId", frame);
-  if (store_.findFrame(frame) == nullptr) {
-    fail(request.seq, "scopes", "Unknown frame " + decimal(frame) + ": frames last until execution goes on.");
-    return;
-  }
-  MessageWriter out(connection_.nextSeq(), "response");
-  ProtocolConnection::writeResponseFields(out, request.seq, "scopes", true);
-  out.key("body").beginObject().key("scopes").beginArray().element().beginObject();
-  out.field("name", "Context").field("variablesReference", store_.contextReference(frame));
-  out.flag("expensive", false).endObject().endArray().endObject();
-  connection_.send(out);
-}
-
-void DebugSession::variables(const Request& request) {
-  std::int64_t reference = 0;
-  json::readInteger(request.message, request.arguments, "variablesReference", reference);
-  const VariableStore::Reference* found = store_.findReference(reference);
-  if (found == nullptr) {
-    fail(request.seq, "variables",
-         "Unknown variables reference " + decimal(reference) + ": references last until execution goes on.");
-  } else if (found->document >= 0) {
-    respondVariables(request.seq, reference);
-  } else {
-    const VariableStore::Frame& frame = *store_.findFrame(found->frame);
-    HostCall what{Purpose::context, request.seq, "variables", reference, storeGeneration_};
-    call("GET", "/api/debug/entities/" + decimal(frame.entity) + "/contexts/" + decimal(frame.index), nullptr,
-         std::move(what));
-  }
-}
-
-void DebugSession::onContext(const HostCall& call, const HttpReply& reply) {
-  if (reply.status != 200) return failHostCall(call, reply, "The context is no longer on the host.");
-  if (call.detail != storeGeneration_) {
-    fail(call.requestSeq, "variables", "Execution went on: the context is gone.");
-    return;
-  }
-  if (DynamicObject* document = readDocument(call, reply)) {
-    store_.adopt(document, call.number);
-    respondVariables(call.requestSeq, call.number);
-  }
-}
-
-void DebugSession::respondVariables(std::int64_t requestSeq, std::int64_t reference) {
-  MessageWriter out(connection_.nextSeq(), "response");
-  ProtocolConnection::writeResponseFields(out, requestSeq, "variables", true);
-  out.key("body").beginObject().key("variables");
-  store_.writeVariables(*store_.findReference(reference), out);
-  out.endObject();
-  connection_.send(out);
-}
-
-void DebugSession::evaluate(const Request& request) {
-  String expression;
-  json::readString(request.message, request.arguments, "expression", expression);
-  const String path = resourcePath(expression);
-  if (path.empty()) {
-    fail(request.seq, "evaluate",
-         "'" + expression + "' is not a resource path; try one such as sim/agents/2 or debug/entities.");
-    return;
-  }
-  call("GET", "/api/" + path, nullptr, HostCall{Purpose::evaluate, request.seq, "evaluate"});
-}
-
-void DebugSession::onEvaluate(const HostCall& call, const HttpReply& reply) {
-  if (reply.status != 200) return failHostCall(call, reply, "The host has no such resource.");
-  DynamicObject* document = readDocument(call, reply);
-  if (document == nullptr) return;
-  const String result = VariableStore::describe(*document, document->getRoot());
-  const char* type = VariableStore::typeName(*document, document->getRoot());
-  const std::int64_t reference = store_.adopt(document);
-  MessageWriter out(connection_.nextSeq(), "response");
-  ProtocolConnection::writeResponseFields(out, call.requestSeq, "evaluate", true);
-  out.key("body").beginObject().field("result", result).field("type", type);
-  out.field("variablesReference", reference).endObject();
-  connection_.send(out);
-}
-
 // ---- Execution.
 
 void DebugSession::pause(const Request& request) {
@@ -508,9 +311,7 @@ void DebugSession::pause(const Request& request) {
   if (one) body.field("entity", thread);
   const String text = body.finish();
   watcher_.commandSent();
-  if (!call("POST", "/api/debug/suspend", &text, HostCall{Purpose::command, request.seq, "pause", thread})) {
-    watcher_.commandAnswered(StopWatcher::Command::pause, false);
-  }
+  host_.send("POST", "/api/debug/suspend", &text, HostCall{Purpose::command, request.seq, "pause", thread});
 }
 
 void DebugSession::resume(const Request& request) {
@@ -522,9 +323,7 @@ void DebugSession::resume(const Request& request) {
   json::readInteger(request.message, request.arguments, "threadId", thread);
   const String nothing;
   watcher_.commandSent();
-  if (!call("POST", path, &nothing, HostCall{Purpose::command, request.seq, request.command, thread})) {
-    watcher_.commandAnswered(StopWatcher::Command::resume, false);
-  }
+  host_.send("POST", path, &nothing, HostCall{Purpose::command, request.seq, request.command, thread});
 }
 
 void DebugSession::onCommand(const HostCall& call, const HttpReply& reply) {
@@ -536,16 +335,17 @@ void DebugSession::onCommand(const HostCall& call, const HttpReply& reply) {
                                         : StopWatcher::Command::step,
                            accepted);
   if (!accepted) {
-    return failHostCall(call, reply,
-                        isPause ? "The host did not pause: it is stopped already, or has no such entity."
-                                : String("The host is not stopped: there is nothing to continue or step."));
+    const String message = describeRefusal(
+        reply, isPause ? "The host did not pause: it is stopped already, or has no such entity."
+                       : "The host is not stopped: there is nothing to continue or step.");
+    fail(call.requestSeq, call.command.c_str(), message);
+    return;
   }
   if (isPause) {
     connection_.respond(call.requestSeq, "pause", true, nullptr);
     return;
   }
-  store_.clear();
-  ++storeGeneration_;
+  inspection_.forget();
   MessageWriter out(connection_.nextSeq(), "response");
   ProtocolConnection::writeResponseFields(out, call.requestSeq, call.command.c_str(), true);
   if (isContinue) out.key("body").beginObject().flag("allThreadsContinued", true).endObject();
@@ -559,8 +359,7 @@ void DebugSession::onCommand(const HostCall& call, const HttpReply& reply) {
 }
 
 void DebugSession::onStopped(unsigned int entity, const char* reason, const nox::utils::Vector<unsigned int>& hits) {
-  store_.clear();
-  ++storeGeneration_;
+  inspection_.forget();
   MessageWriter out(connection_.nextSeq(), "event");
   out.field("event", "stopped").key("body").beginObject().field("reason", reason);
   if (entity != invalidEntity) {
@@ -578,8 +377,7 @@ void DebugSession::onStopped(unsigned int entity, const char* reason, const nox:
 }
 
 void DebugSession::onResumed() {
-  store_.clear();
-  ++storeGeneration_;
+  inspection_.forget();
   MessageWriter out(connection_.nextSeq(), "event");
   out.field("event", "continued").key("body").beginObject();
   out.field("threadId", static_cast<std::int64_t>(lastStoppedEntity_)).flag("allThreadsContinued", true).endObject();

@@ -1,7 +1,7 @@
 // One debugging session: the protocol requests of an editor mapped onto the inspection
-// API of one host. Entities are threads (id = entity id, name "entity <id>"); an
-// entity's contexts are its stack frames, top first, named by their locations; a
-// frame's single scope "Context" holds what the context writes about itself.
+// API of one host: attaching and leaving, execution (pause, continue, steps) and its
+// stops, and breakpoints. What the editor reads of a stopped host is answered by
+// InspectionRequests.
 //
 // Nothing here waits: each request that needs the host starts HTTP calls and is
 // answered when their replies come back (see HostLink). Every request is answered,
@@ -15,9 +15,9 @@
 
 #include "FunctionBreakpoints.h"
 #include "HostLink.h"
+#include "InspectionRequests.h"
 #include "ProtocolConnection.h"
 #include "StopWatcher.h"
-#include "VariableStore.h"
 
 #include <nox/utils/Containers.h>
 #include <nox/utils/String.h>
@@ -59,13 +59,10 @@ class DebugSession : public AbstractRequestHandler, public AbstractStopListener 
   void attach(const Request& request);
   void launch(const Request& request);
   void configurationDone(const Request& request);
-  void threads(const Request& request);
+  // threads, stackTrace, scopes, variables, evaluate.
+  void inspect(const Request& request);
   void pause(const Request& request);
   void resume(const Request& request);
-  void stackTrace(const Request& request);
-  void scopes(const Request& request);
-  void variables(const Request& request);
-  void evaluate(const Request& request);
   void setFunctionBreakpoints(const Request& request);
   void setBreakpoints(const Request& request);
   void setExceptionBreakpoints(const Request& request);
@@ -73,21 +70,12 @@ class DebugSession : public AbstractRequestHandler, public AbstractStopListener 
 
   // ---- Host replies.
   void onAttachReply(const HostCall& call, const HttpReply& reply, std::int64_t now);
-  void onThreads(const HostCall& call, const HttpReply& reply);
   void onCommand(const HostCall& call, const HttpReply& reply);
-  void onStackTrace(const HostCall& call, const HttpReply& reply);
-  void onContext(const HostCall& call, const HttpReply& reply);
-  void onEvaluate(const HostCall& call, const HttpReply& reply);
   void onBreakpointsReply(const HostCall& call, const HttpReply& reply);
   void onDisconnectReply(const HostCall& call, const HttpReply& reply);
 
   // ---- Helpers.
-  bool call(const char* method, const nox::utils::String& path, const nox::utils::String* body, HostCall what);
   void fail(std::int64_t requestSeq, const char* command, const nox::utils::String& message);
-  void failHostCall(const HostCall& call, const HttpReply& reply, const nox::utils::String& refused);
-  // Parses a reply body into a new document; null (and the request answered) when not JSON.
-  nox::utils::DynamicObject* readDocument(const HostCall& call, const HttpReply& reply);
-  void respondVariables(std::int64_t requestSeq, std::int64_t reference);
   void respondBreakpoints(std::int64_t requestSeq);
   void startQueuedBreakpoints();
   void beginDisconnect(std::int64_t requestSeq);
@@ -96,12 +84,10 @@ class DebugSession : public AbstractRequestHandler, public AbstractStopListener 
 
   ProtocolConnection& connection_;
   HostLink host_;
-  VariableStore store_;
+  InspectionRequests inspection_;
   FunctionBreakpoints breakpoints_;
   StopWatcher watcher_;
 
-  // Bumped whenever the store is cleared, so that late replies know their references went.
-  std::int64_t storeGeneration_ = 0;
   unsigned int lastStoppedEntity_ = 0;
 
   // setFunctionBreakpoints requests waiting for the one in progress (copies, owned).

@@ -57,7 +57,7 @@ bool FunctionBreakpoints::replace(const DynamicObject& message, unsigned int arg
   return callsInFlight_ > 0;
 }
 
-bool FunctionBreakpoints::subscribe(std::size_t slot, std::int64_t requestSeq, HostLink& host) {
+void FunctionBreakpoints::subscribe(std::size_t slot, std::int64_t requestSeq, HostLink& host) {
   const Breakpoint& breakpoint = breakpoints_[slot];
   MessageWriter body;
   body.field("type", "breakpoint").key("filters").beginObject().field("location", breakpoint.location);
@@ -66,10 +66,9 @@ bool FunctionBreakpoints::subscribe(std::size_t slot, std::int64_t requestSeq, H
   if (breakpoint.hitCount > 0) body.field("hitcount", breakpoint.hitCount + 1);
   body.endObject();
   const String text = body.finish();
-  HostCall call{HostCall::Purpose::subscribe, requestSeq, "setFunctionBreakpoints", static_cast<std::int64_t>(slot)};
-  if (!host.send("POST", "/api/events/subscriptions", &text, std::move(call))) return false;
   ++callsInFlight_;
-  return true;
+  host.send("POST", "/api/events/subscriptions", &text,
+            HostCall{HostCall::Purpose::subscribe, requestSeq, "setFunctionBreakpoints", static_cast<std::int64_t>(slot)});
 }
 
 unsigned int FunctionBreakpoints::cancelAll(std::int64_t requestSeq, const char* command, HostLink& host) {
@@ -78,10 +77,9 @@ unsigned int FunctionBreakpoints::cancelAll(std::int64_t requestSeq, const char*
     if (breakpoint.handle == 0) continue;
     char path[64];
     std::snprintf(path, sizeof path, "/api/events/subscriptions/%u", breakpoint.handle);
-    if (host.send("DELETE", path, nullptr, HostCall{HostCall::Purpose::unsubscribe, requestSeq, command, 0})) {
-      ++callsInFlight_;
-      ++started;
-    }
+    host.send("DELETE", path, nullptr, HostCall{HostCall::Purpose::unsubscribe, requestSeq, command, 0});
+    ++callsInFlight_;
+    ++started;
     breakpoint.handle = 0;
   }
   return started;

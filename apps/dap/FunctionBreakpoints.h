@@ -62,7 +62,7 @@ class FunctionBreakpoints {
 
  private:
   void readBreakpoint(const nox::utils::DynamicObject& message, unsigned int entry);
-  bool subscribe(std::size_t slot, std::int64_t requestSeq, HostLink& host);
+  void subscribe(std::size_t slot, std::int64_t requestSeq, HostLink& host);
 
   nox::utils::Vector<Breakpoint> breakpoints_;
   nox::utils::Set<unsigned int> everMade_;

@@ -8,12 +8,9 @@ void HostLink::open(const nox::utils::String& url, const nox::utils::String& tok
   open_ = true;
 }
 
-bool HostLink::send(const char* method, const nox::utils::String& path, const nox::utils::String* body,
+void HostLink::send(const char* method, const nox::utils::String& path, const nox::utils::String* body,
                     HostCall call) {
-  const unsigned int id = http_.start(method, url_ + path, body, token_);
-  if (id == 0) return false;
-  calls_[id] = std::move(call);
-  return true;
+  calls_[http_.start(method, url_ + path, body, token_)] = std::move(call);
 }
 
 bool HostLink::take(unsigned int id, HostCall& call) {
@@ -22,6 +19,13 @@ bool HostLink::take(unsigned int id, HostCall& call) {
   call = std::move(found->second);
   calls_.erase(found);
   return true;
+}
+
+nox::utils::String decimal(std::int64_t number) { return nox::utils::String(std::to_string(number).c_str()); }
+
+nox::utils::String describeRefusal(const HttpReply& reply, const nox::utils::String& refused) {
+  if (reply.status == 400 || reply.status == 404) return refused;
+  return "The host answered HTTP " + decimal(reply.status) + ".";
 }
 
 }  // namespace nox::dap

@@ -53,9 +53,9 @@ class HostLink {
   bool isOpen() const { return open_; }
   const nox::utils::String& getUrl() const { return url_; }
 
-  // Sends `method` on `path` (below the base URL, starting with "/api/"). False when
-  // the transfer could not start.
-  bool send(const char* method, const nox::utils::String& path, const nox::utils::String* body, HostCall call);
+  // Sends `method` on `path` (below the base URL, starting with "/api/"). Its reply
+  // always comes, if only to say that the host could not be reached.
+  void send(const char* method, const nox::utils::String& path, const nox::utils::String* body, HostCall call);
   // Takes the call that the reply `id` answers; false when it answers nothing known.
   bool take(unsigned int id, HostCall& call);
   bool hasCallsInFlight() const { return !calls_.empty(); }
@@ -67,5 +67,12 @@ class HostLink {
   bool open_ = false;
   nox::utils::Map<unsigned int, HostCall> calls_;
 };
+
+// The decimal text of a number, for paths and messages.
+nox::utils::String decimal(std::int64_t number);
+
+// What to tell the editor about a reply other than 200: `refused` for the host's "no"
+// (400 or 404), the status otherwise.
+nox::utils::String describeRefusal(const HttpReply& reply, const nox::utils::String& refused);
 
 }  // namespace nox::dap

@@ -33,12 +33,19 @@ HttpTransfers::~HttpTransfers() {
 }
 
 unsigned int HttpTransfers::start(const char* method, const String& url, const String* body, const String& token) {
-  CURL* easy = multi_ != nullptr ? curl_easy_init() : nullptr;
-  if (easy == nullptr) return 0;
-  Transfer* transfer = NOX_NEW Transfer();
-  transfer->id = nextId_++;
-  transfer->easy = easy;
+  const unsigned int id = nextId_++;
   if (nextId_ == 0) nextId_ = 1;
+  CURL* easy = multi_ != nullptr ? curl_easy_init() : nullptr;
+  if (easy == nullptr) {
+    HttpReply reply;
+    reply.id = id;
+    reply.error = "no HTTP request could be started";
+    unstarted_.push_back(std::move(reply));
+    return id;
+  }
+  Transfer* transfer = NOX_NEW Transfer();
+  transfer->id = id;
+  transfer->easy = easy;
   curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method);
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
@@ -80,6 +87,8 @@ void HttpTransfers::wait(curl_waitfd* extra, unsigned int count, int timeoutMill
 }
 
 void HttpTransfers::collect(nox::utils::Vector<HttpReply>& done) {
+  for (HttpReply& reply : unstarted_) done.push_back(std::move(reply));
+  unstarted_.clear();
   if (multi_ == nullptr) return;
   int running = 0;
   curl_multi_perform(multi_, &running);

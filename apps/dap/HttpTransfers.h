@@ -27,8 +27,8 @@ class AbstractHttpClient {
  public:
   virtual ~AbstractHttpClient() = default;
   // `body` is sent (as JSON) only when not null. `token`, when not empty, goes as a
-  // bearer token. Returns the transfer's id, never 0 on success; 0 when it could not
-  // even start.
+  // bearer token. Returns the transfer's id. A transfer that cannot even start still
+  // ends, at once, with a failed reply: every call gets exactly one reply.
   virtual unsigned int start(const char* method, const nox::utils::String& url, const nox::utils::String* body,
                              const nox::utils::String& token) = 0;
 };
@@ -54,7 +54,7 @@ class HttpTransfers : public AbstractHttpClient {
   // Moves the transfers on and appends those that ended to `done`.
   void collect(nox::utils::Vector<HttpReply>& done);
 
-  bool isBusy() const { return !transfers_.empty(); }
+  bool isBusy() const { return !transfers_.empty() || !unstarted_.empty(); }
 
  private:
   struct Transfer;
@@ -64,6 +64,8 @@ class HttpTransfers : public AbstractHttpClient {
 
   CURLM* multi_;
   nox::utils::Map<unsigned int, Transfer*> transfers_;
+  // Replies of the transfers that could not start, handed out by the next collect().
+  nox::utils::Vector<HttpReply> unstarted_;
   unsigned int nextId_ = 1;
 };
 

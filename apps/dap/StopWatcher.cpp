@@ -50,9 +50,7 @@ void StopWatcher::schedule(std::int64_t now) {
 void StopWatcher::poll() {
   polling_ = true;
   pollEpoch_ = epoch_;
-  if (!host_.send("GET", "/api/debug/suspend", nullptr, HostCall{Purpose::pollSuspension, -1, "", epoch_})) {
-    listener_.onHostLost("no HTTP request could be started");
-  }
+  host_.send("GET", "/api/debug/suspend", nullptr, HostCall{Purpose::pollSuspension, -1, "", epoch_});
 }
 
 bool StopWatcher::isCurrent(std::int64_t epoch) const {
@@ -111,9 +109,7 @@ void StopWatcher::onSuspension(const HttpReply& reply) {
   json::readInteger(state, state.getRoot(), "entity", entity);
   seenSuspended_ = suspended;
   seenEntity_ = static_cast<unsigned int>(entity);
-  if (!host_.send("GET", "/api/events", nullptr, HostCall{Purpose::pollEvents, -1, "", epoch_})) {
-    listener_.onHostLost("no HTTP request could be started");
-  }
+  host_.send("GET", "/api/events", nullptr, HostCall{Purpose::pollEvents, -1, "", epoch_});
 }
 
 void StopWatcher::onEventList(const HttpReply& reply) {
@@ -131,7 +127,8 @@ void StopWatcher::onEventList(const HttpReply& reply) {
     if (id <= lastEventId_ || id > 0xFFFFFFFFll) continue;
     char path[48];
     std::snprintf(path, sizeof path, "/api/events/%lld", static_cast<long long>(id));
-    if (host_.send("GET", path, nullptr, HostCall{Purpose::pollEvent, -1, "", id})) ++eventsInFlight_;
+    ++eventsInFlight_;
+    host_.send("GET", path, nullptr, HostCall{Purpose::pollEvent, -1, "", id});
     if (static_cast<std::uint32_t>(id) > newest) newest = static_cast<std::uint32_t>(id);
   }
   lastEventId_ = newest;

@@ -38,7 +38,9 @@ async function getJson(url, path, headers = {}) {
 async function startDemo(extraArguments = [], headers = {}) {
   for (let attempt = 0; attempt < 10; ++attempt) {
     const port = await freePort();
-    const child = spawn(demo, ['--port', String(port), '--tick-ms', '5', ...extraArguments], { stdio: 'ignore' });
+    const env = { ...process.env };
+    delete env.NOX_INSPECT_TOKEN;
+    const child = spawn(demo, ['--port', String(port), '--tick-ms', '5', ...extraArguments], { stdio: 'ignore', env });
     const url = `http://127.0.0.1:${port}`;
     for (let wait = 0; wait < 100 && child.exitCode === null; ++wait) {
       try {

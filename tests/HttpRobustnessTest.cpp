@@ -290,6 +290,24 @@ TEST(HttpRobustnessTest, BodiesTheServerCannotTakeWholeAreRefusedAndNeverRun) {
   }
 }
 
+// The deepest body taken is copied and walked on the worker thread's small stack.
+TEST(HttpRobustnessTest, TheDeepestBodyTakenIsServedOnAWorkerThread) {
+  const auto subscription = [](int depth) {
+    std::string nested;
+    for (int level = 2; level < depth; ++level) nested += (level % 2 == 0 ? "{\"x\":" : "[");
+    nested += "1";
+    for (int level = depth - 1; level >= 2; --level) nested += (level % 2 == 0 ? "}" : "]");
+    // The body object, "filters", then the nesting: `depth` levels in all.
+    return R"({"type":"registration","filters":{"deep":)" + nested + "}}";
+  };
+  InspectionHost host{HttpOptions()};
+  HttpClient client(host.port());
+  EXPECT_EQ(client.post("/api/events/subscriptions", subscription(32)).status, 200);
+  EXPECT_EQ(client.post("/api/events/subscriptions", subscription(33)).status, 400);
+  EXPECT_THAT(host.logger.messages('e'), Contains("The request body nests objects and arrays deeper than 32 levels."));
+  EXPECT_EQ(host.framework().getImplementation().getRequestRegistry().countRequests(), 1u);
+}
+
 TEST(HttpRobustnessTest, AThousandFuzzingInputsLeaveTheServerAndEngineRunning) {
   std::vector<std::string> inputs;
   for (const auto& entry : std::filesystem::directory_iterator(NOX_FUZZ_CORPUS_DIR "/http")) {

@@ -13,6 +13,7 @@ packages=(
   libbenchmark-dev
   rapidjson-dev nlohmann-json3-dev
   wrk
+  groff-base dpkg-dev clang-format-14 clang-tidy-14
 )
 
 missing=()

@@ -29,8 +29,7 @@ class GreetingContext : public debugger::AbstractContext {
  public:
   const nox::utils::Uri& getLocation() const override { return location_; }
   bool serialize(nox::utils::AbstractObjectBuilder& builder) const override {
-    return builder.beginObject() && builder.objectChild("doing") && builder.string("greeting") &&
-           builder.endObject();
+    return builder.beginObject() && builder.objectChild("doing") && builder.string("greeting") && builder.endObject();
   }
 
  private:

@@ -24,13 +24,27 @@ const char* const builtInScene =
 // Prints the value of one property; objects and arrays show their child count.
 void printValue(const DynamicObject& object, unsigned int property) {
   switch (object.getType(property)) {
-    case type::null: std::cout << "null"; break;
-    case type::integer: std::cout << object.getInt(property); break;
-    case type::real: std::cout << object.getReal(property); break;
-    case type::string: std::cout << '"' << object.getString(property) << '"'; break;
-    case type::boolean: std::cout << (object.getBool(property) ? "true" : "false"); break;
-    case type::array: std::cout << "array of " << object.countChildren(property); break;
-    case type::object: std::cout << "object of " << object.countChildren(property); break;
+    case type::null:
+      std::cout << "null";
+      break;
+    case type::integer:
+      std::cout << object.getInt(property);
+      break;
+    case type::real:
+      std::cout << object.getReal(property);
+      break;
+    case type::string:
+      std::cout << '"' << object.getString(property) << '"';
+      break;
+    case type::boolean:
+      std::cout << (object.getBool(property) ? "true" : "false");
+      break;
+    case type::array:
+      std::cout << "array of " << object.countChildren(property);
+      break;
+    case type::object:
+      std::cout << "object of " << object.countChildren(property);
+      break;
   }
 }
 

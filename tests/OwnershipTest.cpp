@@ -35,7 +35,8 @@ using nox::utils::Uri;
 
 class LocationCreator : public AbstractEventFilterCreator {
  public:
-  AbstractEventFilter* create(const nox::utils::DynamicObject&, unsigned int, nox::utils::AbstractLogger*) const override {
+  AbstractEventFilter* create(const nox::utils::DynamicObject&, unsigned int,
+                              nox::utils::AbstractLogger*) const override {
     return new LocationFilter(Uri::create("test:made"));
   }
 };
@@ -84,10 +85,10 @@ TEST(Ownership, CreatorsMadeEitherWayAreFreedByTheirOwners) {
     ASSERT_TRUE(types.registerStaticObjectType<AbstractContext>(nullptr));
     ASSERT_TRUE(types.registerStaticObjectType<MainContext>(nullptr));
     ASSERT_TRUE(types.unregisterCreator(MainContext::getClassTypeId(), nullptr));
-    EXPECT_TRUE(types.registerCreator(MainContext::getClassTypeId(),
-                                      new TypeManager::DefaultCreator<MainContext>(), nullptr));
-    EXPECT_FALSE(types.registerCreator(MainContext::getClassTypeId(),
-                                       new TypeManager::DefaultCreator<MainContext>(), nullptr));
+    EXPECT_TRUE(
+        types.registerCreator(MainContext::getClassTypeId(), new TypeManager::DefaultCreator<MainContext>(), nullptr));
+    EXPECT_FALSE(
+        types.registerCreator(MainContext::getClassTypeId(), new TypeManager::DefaultCreator<MainContext>(), nullptr));
     // The type manager destroys instances whichever way they were made.
     types.destroyStaticObject(types.createStaticObject(MainContext::getClassTypeId(), nullptr));
     types.destroyStaticObject(new MainContext());

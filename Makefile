@@ -72,10 +72,11 @@ SOURCE_DIRS := nox apps tests bench examples
 SOURCES = $(shell find $(SOURCE_DIRS) -name '*.h' -o -name '*.cpp')
 
 format:
-	$(CLANG_FORMAT) -i $(SOURCES)
+	@$(CLANG_FORMAT) -i $(SOURCES)
 
 format-check:
-	$(CLANG_FORMAT) --dry-run --Werror $(SOURCES)
+	@echo "$(CLANG_FORMAT): checking $(words $(SOURCES)) files"
+	@$(CLANG_FORMAT) --dry-run --Werror $(SOURCES)
 
 # clang-tidy over the compile database of the release build (.clang-tidy holds the checks).
 tidy: deps

@@ -11,14 +11,14 @@
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/InspectionFramework.h>
 
+#include <pthread.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
-#include <pthread.h>
-#include <unistd.h>
 
 namespace {
 

@@ -6,11 +6,11 @@
 //   nox_bare_civet_server PORT     serves until SIGINT or SIGTERM
 #include <civetweb.h>
 
+#include <pthread.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <pthread.h>
 
 namespace {
 

@@ -11,14 +11,14 @@
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/InspectionFramework.h>
 
+#include <pthread.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
-#include <pthread.h>
-#include <unistd.h>
 
 namespace {
 
@@ -32,6 +32,7 @@ struct Options {
 
 const char* const usage =
     "usage: nox-demo [--port N] [--entities N] [--tick-ms N] [--ticks N] [--verbose] [--help]\n"
+    "       nox-demo --version\n"
     "  --port N      inspection HTTP port (default 8080)\n"
     "  --entities N  number of simulated agents (default 4)\n"
     "  --tick-ms N   pause between two ticks, in milliseconds (default 100)\n"
@@ -52,6 +53,9 @@ bool parseOptions(int argc, char** argv, Options& options) {
     bool valid = true;
     if (std::strcmp(option, "--help") == 0) {
       std::cout << usage;
+      std::exit(0);
+    } else if (std::strcmp(option, "--version") == 0) {
+      std::cout << "nox-demo " NOX_PROGRAM_VERSION "\n";
       std::exit(0);
     } else if (std::strcmp(option, "--verbose") == 0) {
       options.verbose = true;

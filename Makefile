@@ -8,7 +8,7 @@ SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp
 
-.PHONY: all deps build test ci ci-release ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install demo clean
+.PHONY: all deps build test ci ci-release ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install package demo format format-check tidy clean
 
 all: build
 
@@ -16,7 +16,7 @@ deps:
 	@bash scripts/install-deps.sh
 
 $(BUILD)/release/CMakeCache.txt: | deps
-	cmake -S . -B $(BUILD)/release -G Ninja -DCMAKE_BUILD_TYPE=Release
+	cmake -S . -B $(BUILD)/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
 
 build: deps $(BUILD)/release/CMakeCache.txt
 	cmake --build $(BUILD)/release -j $(JOBS)
@@ -24,10 +24,12 @@ build: deps $(BUILD)/release/CMakeCache.txt
 test: build
 	cd $(BUILD)/release && ctest --output-on-failure -j $(JOBS)
 
-# CI: the release build's tests, nox-dap driven by a real protocol client, the same
-# tests built with ASan and UBSan, the threaded tests built with TSan, then a short
-# fuzzing pass.
-ci: deps ci-release dap-test ci-asan ci-tsan ci-fuzz
+# CI: the format check (cheapest first), the release build's tests, nox-dap driven by a
+# real protocol client, the same tests built with ASan and UBSan, the threaded tests
+# built with TSan, then a short fuzzing pass. The ASan build is the static one
+# (BUILD_SHARED_LIBS=OFF): the whole suite and the installed-package consumers then
+# cover the static library too, without a compile of their own.
+ci: deps format-check ci-release dap-test ci-asan ci-tsan ci-fuzz
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
@@ -36,7 +38,7 @@ ci-release:
 
 ci-asan:
 	cmake -S . -B $(BUILD)/ci-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \
-		-DNOX_UTILS_SANITIZE=address,undefined -DNOX_UTILS_BUILD_BENCH=OFF
+		-DNOX_UTILS_SANITIZE=address,undefined -DNOX_UTILS_BUILD_BENCH=OFF -DBUILD_SHARED_LIBS=OFF
 	cmake --build $(BUILD)/ci-asan -j $(JOBS)
 	cd $(BUILD)/ci-asan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS)
 
@@ -87,6 +89,30 @@ bench: deps
 
 install: build
 	cmake --install $(BUILD)/release --prefix $(PREFIX)
+
+# The .deb files of the release build: runtime library, development files, tools.
+package: build
+	cd $(BUILD)/release && cpack -B $(CURDIR)/$(BUILD)/packages
+	@ls -1 $(BUILD)/packages/*.deb
+
+# Formatting and static checks of the C++ sources the project owns.
+CLANG_FORMAT ?= clang-format-14
+RUN_CLANG_TIDY ?= run-clang-tidy-14
+SOURCE_DIRS := nox apps tests bench examples
+SOURCES = $(shell find $(SOURCE_DIRS) -name '*.h' -o -name '*.cpp')
+
+format:
+	@$(CLANG_FORMAT) -i $(SOURCES)
+
+format-check:
+	@echo "$(CLANG_FORMAT): checking $(words $(SOURCES)) files"
+	@$(CLANG_FORMAT) --dry-run --Werror $(SOURCES)
+
+# clang-tidy over the compile database of the release build (.clang-tidy holds the checks).
+tidy: deps
+	cmake -S . -B $(BUILD)/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+	cmake --build $(BUILD)/release -j $(JOBS)
+	$(RUN_CLANG_TIDY) -p $(BUILD)/release -j $(JOBS) -quiet '$(CURDIR)/($(subst $() $(),|,$(SOURCE_DIRS)))/.*\.cpp$$'
 
 demo: deps build
 	$(BUILD)/release/apps/demo/nox-demo

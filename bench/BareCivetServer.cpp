@@ -7,11 +7,11 @@
 //   nox_bare_civet_server THREADS PORT     serves until SIGINT or SIGTERM
 #include <civetweb.h>
 
+#include <pthread.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <pthread.h>
 
 namespace {
 

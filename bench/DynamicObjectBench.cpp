@@ -13,8 +13,8 @@
 #include <nox/utils/details/SpareBlocks.h>
 
 #include <benchmark/benchmark.h>
-#include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <atomic>
@@ -93,8 +93,9 @@ class CountingCrtAllocator {
 };
 std::int64_t CountingCrtAllocator::bytes = 0;
 
-using CountingDocument = rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<CountingCrtAllocator>,
-                                                    CountingCrtAllocator>;
+using CountingDocument =
+    rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<CountingCrtAllocator>,
+                               CountingCrtAllocator>;
 
 // The shared data set.
 struct Data {
@@ -440,13 +441,11 @@ BENCHMARK(BM_RapidJsonCopy)->Unit(benchmark::kMillisecond);
 
 NOX_BENCH_RATIO("DynamicObject build / nlohmann build", "BM_DynamicObjectBuild", "BM_NlohmannBuild", 1.0);
 NOX_BENCH_RATIO("DynamicObject path lookup / nlohmann lookup", "BM_DynamicObjectLookup", "BM_NlohmannLookup", 0.25);
-NOX_BENCH_RATIO("DynamicObject iteration / nlohmann iteration", "BM_DynamicObjectIterate", "BM_NlohmannIterate",
-                1.0);
+NOX_BENCH_RATIO("DynamicObject iteration / nlohmann iteration", "BM_DynamicObjectIterate", "BM_NlohmannIterate", 1.0);
 NOX_BENCH_RATIO("DynamicObject copy / nlohmann copy", "BM_DynamicObjectCopy", "BM_NlohmannCopy", 0.5);
 // For information: RapidJSON trades lookups (linear member search) for build speed.
 NOX_BENCH_RATIO("DynamicObject build / RapidJSON build", "BM_DynamicObjectBuild", "BM_RapidJsonBuild", 100.0);
-NOX_BENCH_RATIO("DynamicObject path lookup / RapidJSON lookup", "BM_DynamicObjectLookup", "BM_RapidJsonLookup",
-                100.0);
+NOX_BENCH_RATIO("DynamicObject path lookup / RapidJSON lookup", "BM_DynamicObjectLookup", "BM_RapidJsonLookup", 100.0);
 NOX_BENCH_RATIO("DynamicObject iteration / RapidJSON iteration", "BM_DynamicObjectIterate", "BM_RapidJsonIterate",
                 100.0);
 NOX_BENCH_RATIO("DynamicObject copy / RapidJSON copy", "BM_DynamicObjectCopy", "BM_RapidJsonCopy", 100.0);

@@ -15,12 +15,12 @@
 #include <nox/utils/impl/ProtobufDynamicObjectBuilder.h>
 
 #include <benchmark/benchmark.h>
-#include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <yajl/yajl_gen.h>
 #include <yajl/yajl_parse.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdint>

@@ -47,7 +47,6 @@
 #include <nox/utils/Uuid.h>
 #include <nox/utils/Vector2.h>
 #include <nox/utils/Vector3.h>
-#include <nox/utils/impl/ProtobufDynamicObjectBuilder.h>
 #include <nox/utils/debugger/AbstractContext.h>
 #include <nox/utils/debugger/AbstractContextFactory.h>
 #include <nox/utils/debugger/AbstractContextVisitor.h>
@@ -88,3 +87,4 @@
 #include <nox/utils/debugger/TargetSuspendRequestVisitor.h>
 #include <nox/utils/debugger/TerminationRequest.h>
 #include <nox/utils/debugger/TerminationRequestVisitor.h>
+#include <nox/utils/impl/ProtobufDynamicObjectBuilder.h>

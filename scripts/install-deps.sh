@@ -22,6 +22,7 @@ packages=(
   rapidjson-dev nlohmann-json3-dev
   wrk
   clang libclang-rt-dev
+  groff-base dpkg-dev clang-format-14 clang-tidy-14
 )
 
 missing=()

@@ -1,9 +1,9 @@
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/BlockAllocator.h>
-#include <nox/utils/details/SpareBlocks.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/DynamicObjectIterator.h>
 #include <nox/utils/StringTable.h>
+#include <nox/utils/details/SpareBlocks.h>
 
 #include <gtest/gtest.h>
 

@@ -186,9 +186,9 @@ TEST(JsonReader, HandsArrayElementsAsArrayChildThenValue) {
   MemoryInputOutput input(R"([1, [true], {"k": null, "r": -0.5}, "s"])", 40);
   ASSERT_TRUE(nox::utils::deserializeJson(builder, input));
   EXPECT_THAT(builder.events,
-              ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild", "boolean true",
-                          "endArray", "arrayChild", "beginObject", "objectChild k", "null", "objectChild r",
-                          "real -0.500000", "endObject", "arrayChild", "string s", "endArray"));
+              ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild",
+                          "boolean true", "endArray", "arrayChild", "beginObject", "objectChild k", "null",
+                          "objectChild r", "real -0.500000", "endObject", "arrayChild", "string s", "endArray"));
 }
 
 TEST(JsonReader, ReportsMalformedTextAndKeepsWhatWasRead) {

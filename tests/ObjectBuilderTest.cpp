@@ -104,13 +104,12 @@ TEST(ObjectBuilderDefaults, ReportRefusalsThroughTheLogger) {
   builder.endArray();
   const char* objects = "Object properties not supported by this object builder.";
   const char* arrays = "Array properties not supported by this object builder.";
-  EXPECT_THAT(errorMessages(logger),
-              ElementsAre("Null properties not supported by this object builder.",
-                          "Boolean properties not supported by this object builder.",
-                          "Integer properties not supported by this object builder.",
-                          "Real properties not supported by this object builder.",
-                          "String properties not supported by this object builder.", objects, objects, objects,
-                          arrays, arrays, arrays));
+  EXPECT_THAT(errorMessages(logger), ElementsAre("Null properties not supported by this object builder.",
+                                                 "Boolean properties not supported by this object builder.",
+                                                 "Integer properties not supported by this object builder.",
+                                                 "Real properties not supported by this object builder.",
+                                                 "String properties not supported by this object builder.", objects,
+                                                 objects, objects, arrays, arrays, arrays));
   for (const BufferLogger::Entry& entry : logger.getEntries()) {
     EXPECT_EQ(entry.error, error::invalidOperation);
     EXPECT_STREQ(entry.file.c_str(), "nox/utils/AbstractObjectBuilder");
@@ -224,8 +223,8 @@ TEST(DynamicObjectBuilder, HasNoCurrentPropertyAfterTheOutermostValue) {
   EXPECT_FALSE(builder.beginArray());
   EXPECT_FALSE(builder.objectChild("a"));
   EXPECT_FALSE(builder.arrayChild());
-  EXPECT_THAT(errorMessages(logger), ElementsAre("No current property.", "No current property.",
-                                                 "No current property.", "No current property."));
+  EXPECT_THAT(errorMessages(logger), ElementsAre("No current property.", "No current property.", "No current property.",
+                                                 "No current property."));
   // A stray value is a producer's broken contract: reported, and nothing is written.
   nox::test::AssertionRecorder assertions;
   EXPECT_TRUE(builder.integer(2));

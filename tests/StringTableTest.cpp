@@ -15,8 +15,8 @@
 namespace {
 
 using nox::utils::BufferLogger;
-using nox::utils::StringTable;
 using nox::utils::murmurHash64B;
+using nox::utils::StringTable;
 
 // Every line "seed=S len=L hex=BYTES hash=H" of the reference file must hash alike,
 // whatever the alignment of the bytes.

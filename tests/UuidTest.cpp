@@ -108,6 +108,4 @@ TEST(Uuid, CreateTurnsAMalformedTextIntoAnAssertion) {
             "(\"12345678-9ABC-DEF1-2345-6789ABCDEF12\").");
 }
 
-TEST(Uuid, LibraryIdentifier) {
-  EXPECT_EQ(textOf(nox::utils::uniqueId), "0ba23f91-d30e-4574-b0ed-ee0aa81d00b9");
-}
+TEST(Uuid, LibraryIdentifier) { EXPECT_EQ(textOf(nox::utils::uniqueId), "0ba23f91-d30e-4574-b0ed-ee0aa81d00b9"); }

@@ -179,8 +179,9 @@ void DebugSession::setBreakpoints(const Request& request) {
   const unsigned int count = list != 0 ? request.message.countChildren(list) : 0;
   for (unsigned int i = 0; i < count; ++i) {
     out.element().beginObject().flag("verified", false);
-    out.field("message", "Entities have no source lines: use a function breakpoint named by a location, such as "
-                         "sim:agents/2/move.");
+    out.field("message",
+              "Entities have no source lines: use a function breakpoint named by a location, such as "
+              "sim:agents/2/move.");
     out.endObject();
   }
   out.endArray().endObject();
@@ -196,14 +197,23 @@ void DebugSession::onHttpReply(const HttpReply& reply, std::int64_t now) {
     case Purpose::pollSuspension:
     case Purpose::pollEvents:
     case Purpose::pollEvent:
-    case Purpose::consumeEvent: watcher_.onReply(call, reply, now); return;
+    case Purpose::consumeEvent:
+      watcher_.onReply(call, reply, now);
+      return;
     case Purpose::enableEvents:
-    case Purpose::readEventBaseline: onAttachReply(call, reply, now); return;
+    case Purpose::readEventBaseline:
+      onAttachReply(call, reply, now);
+      return;
     case Purpose::subscribe:
-    case Purpose::unsubscribe: onBreakpointsReply(call, reply); return;
+    case Purpose::unsubscribe:
+      onBreakpointsReply(call, reply);
+      return;
     case Purpose::finalState:
-    case Purpose::finalResume: onDisconnectReply(call, reply); return;
-    default: break;
+    case Purpose::finalResume:
+      onDisconnectReply(call, reply);
+      return;
+    default:
+      break;
   }
   if (reply.status == 0) {
     if (call.purpose == Purpose::command) watcher_.commandAnswered(StopWatcher::Command::none, false);
@@ -300,7 +310,6 @@ void DebugSession::onHostLost(const String& reason) {
   connection_.sendEvent("terminated");
 }
 
-
 // ---- Execution.
 
 void DebugSession::pause(const Request& request) {
@@ -335,9 +344,9 @@ void DebugSession::onCommand(const HostCall& call, const HttpReply& reply) {
                                         : StopWatcher::Command::step,
                            accepted);
   if (!accepted) {
-    const String message = describeRefusal(
-        reply, isPause ? "The host did not pause: it is stopped already, or has no such entity."
-                       : "The host is not stopped: there is nothing to continue or step.");
+    const String message =
+        describeRefusal(reply, isPause ? "The host did not pause: it is stopped already, or has no such entity."
+                                       : "The host is not stopped: there is nothing to continue or step.");
     fail(call.requestSeq, call.command.c_str(), message);
     return;
   }

@@ -67,8 +67,9 @@ void FunctionBreakpoints::subscribe(std::size_t slot, std::int64_t requestSeq, H
   body.endObject();
   const String text = body.finish();
   ++callsInFlight_;
-  host.send("POST", "/api/events/subscriptions", &text,
-            HostCall{HostCall::Purpose::subscribe, requestSeq, "setFunctionBreakpoints", static_cast<std::int64_t>(slot)});
+  host.send(
+      "POST", "/api/events/subscriptions", &text,
+      HostCall{HostCall::Purpose::subscribe, requestSeq, "setFunctionBreakpoints", static_cast<std::int64_t>(slot)});
 }
 
 unsigned int FunctionBreakpoints::cancelAll(std::int64_t requestSeq, const char* command, HostLink& host) {
@@ -97,8 +98,8 @@ bool FunctionBreakpoints::onReply(const HostCall& call, const HttpReply& reply) 
       breakpoint.handle = static_cast<unsigned int>(handle);
       everMade_.insert(breakpoint.handle);
     } else {
-      breakpoint.problem = reply.status == 0 ? "The host did not answer: " + reply.error
-                                             : String("The host refused the breakpoint.");
+      breakpoint.problem =
+          reply.status == 0 ? "The host did not answer: " + reply.error : String("The host refused the breakpoint.");
     }
   }
   // Every call counted is answered once, so exactly the last answer reports done.

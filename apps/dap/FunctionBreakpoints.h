@@ -2,9 +2,9 @@
 //
 // Each breakpoint name is a location ("sim:agents/3/move"), subscribed with a
 // "location" filter, plus a "hitcount" filter when the hit condition is a whole number
-// N: the host then stops on the Nth pass at the location and on every later one. A new set replaces the whole earlier one: the
-// earlier subscriptions are cancelled and the new ones made, side by side, and the
-// answer waits until the host has replied to each.
+// N: the host then stops on the Nth pass at the location and on every later one. A new set replaces the whole earlier
+// one: the earlier subscriptions are cancelled and the new ones made, side by side, and the answer waits until the host
+// has replied to each.
 //
 // A name that is not a location is refused here and never subscribed: the host would
 // drop a filter it cannot read and stop on every step instead.

@@ -8,8 +8,7 @@ void HostLink::open(const nox::utils::String& url, const nox::utils::String& tok
   open_ = true;
 }
 
-void HostLink::send(const char* method, const nox::utils::String& path, const nox::utils::String* body,
-                    HostCall call) {
+void HostLink::send(const char* method, const nox::utils::String& path, const nox::utils::String* body, HostCall call) {
   calls_[http_.start(method, url_ + path, body, token_)] = std::move(call);
 }
 

@@ -63,7 +63,8 @@ unsigned int HttpTransfers::start(const char* method, const String& url, const S
     curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, body->c_str());
     transfer->headers = curl_slist_append(transfer->headers, "Content-Type: application/json");
   }
-  if (!token.empty()) transfer->headers = curl_slist_append(transfer->headers, ("Authorization: Bearer " + token).c_str());
+  if (!token.empty())
+    transfer->headers = curl_slist_append(transfer->headers, ("Authorization: Bearer " + token).c_str());
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, transfer->headers);
   transfers_[transfer->id] = transfer;
   curl_multi_add_handle(multi_, easy);

@@ -19,7 +19,6 @@ namespace {
 
 constexpr std::int64_t invalidEntity = 4294967295;
 
-
 // The text after "/api/" for an evaluated expression: a resource path, given with or
 // without a leading "/" or "/api/". Empty when the text cannot be a path.
 String resourcePath(const String& expression) {
@@ -48,10 +47,18 @@ void InspectionRequests::onRequest(const Request& request) {
 
 void InspectionRequests::onReply(const HostCall& call, const HttpReply& reply) {
   switch (call.purpose) {
-    case Purpose::threads: onThreads(call, reply); return;
-    case Purpose::stackTrace: onStackTrace(call, reply); return;
-    case Purpose::context: onContext(call, reply); return;
-    default: onEvaluate(call, reply); return;
+    case Purpose::threads:
+      onThreads(call, reply);
+      return;
+    case Purpose::stackTrace:
+      onStackTrace(call, reply);
+      return;
+    case Purpose::context:
+      onContext(call, reply);
+      return;
+    default:
+      onEvaluate(call, reply);
+      return;
   }
 }
 
@@ -121,8 +128,7 @@ void InspectionRequests::onStackTrace(const HostCall& call, const HttpReply& rep
   String problem;
   json::parse(reply.body.data(), reply.body.size(), contexts, problem);
   const unsigned int root = contexts.getRoot();
-  const unsigned int count =
-      contexts.getType(root) == nox::utils::type::array ? contexts.countChildren(root) : 0;
+  const unsigned int count = contexts.getType(root) == nox::utils::type::array ? contexts.countChildren(root) : 0;
   const std::int64_t start = call.detail >> 32;
   const std::int64_t levels = call.detail & 0xFFFFFFFF;
   MessageWriter out(connection_.nextSeq(), "response");
@@ -136,7 +142,8 @@ void InspectionRequests::onStackTrace(const HostCall& call, const HttpReply& rep
     String location;
     json::readInteger(contexts, context, "index", index);
     json::readString(contexts, context, "location", location);
-    const std::int64_t id = store_.findOrAddFrame(static_cast<unsigned int>(call.number), static_cast<unsigned int>(index));
+    const std::int64_t id =
+        store_.findOrAddFrame(static_cast<unsigned int>(call.number), static_cast<unsigned int>(index));
     out.element().beginObject().field("id", id).field("name", location);
     out.field("line", std::int64_t{0}).field("column", std::int64_t{0}).endObject();
   }
@@ -204,7 +211,8 @@ void InspectionRequests::evaluate(const Request& request) {
   json::readString(request.message, request.arguments, "expression", expression);
   const String path = resourcePath(expression);
   if (path.empty()) {
-    const String message = "'" + expression + "' is not a resource path; try one such as sim/agents/2 or debug/entities.";
+    const String message =
+        "'" + expression + "' is not a resource path; try one such as sim/agents/2 or debug/entities.";
     connection_.respond(request.seq, "evaluate", false, message.c_str());
     return;
   }

@@ -14,9 +14,8 @@ constexpr std::string_view headerEnd = "\r\n\r\n";
 constexpr std::string_view lengthField = "Content-Length";
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return (x | 0x20) == (y | 0x20);
-         });
+  return a.size() == b.size() &&
+         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return (x | 0x20) == (y | 0x20); });
 }
 
 // Reads the Content-Length of a header block; false with `problem` set otherwise.

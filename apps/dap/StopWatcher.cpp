@@ -53,9 +53,7 @@ void StopWatcher::poll() {
   host_.send("GET", "/api/debug/suspend", nullptr, HostCall{Purpose::pollSuspension, -1, "", epoch_});
 }
 
-bool StopWatcher::isCurrent(std::int64_t epoch) const {
-  return watching_ && epoch == epoch_ && commandsInFlight_ == 0;
-}
+bool StopWatcher::isCurrent(std::int64_t epoch) const { return watching_ && epoch == epoch_ && commandsInFlight_ == 0; }
 
 void StopWatcher::commandAnswered(Command command, bool accepted) {
   if (commandsInFlight_ > 0) --commandsInFlight_;

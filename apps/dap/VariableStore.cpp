@@ -69,13 +69,20 @@ std::int64_t VariableStore::expand(std::int64_t document, unsigned int property)
 
 const char* VariableStore::typeName(const DynamicObject& document, unsigned int property) {
   switch (document.getType(property)) {
-    case type::integer: return "integer";
-    case type::real: return "real";
-    case type::string: return "string";
-    case type::boolean: return "boolean";
-    case type::array: return "array";
-    case type::object: return "object";
-    default: return "null";
+    case type::integer:
+      return "integer";
+    case type::real:
+      return "real";
+    case type::string:
+      return "string";
+    case type::boolean:
+      return "boolean";
+    case type::array:
+      return "array";
+    case type::object:
+      return "object";
+    default:
+      return "null";
   }
 }
 
@@ -88,13 +95,17 @@ String VariableStore::describe(const DynamicObject& document, unsigned int prope
     case type::real:
       std::snprintf(number, sizeof number, "%.15g", document.getReal(property));
       return number;
-    case type::string: return "\"" + String(document.getString(property)) + "\"";
-    case type::boolean: return document.getBool(property) ? "true" : "false";
+    case type::string:
+      return "\"" + String(document.getString(property)) + "\"";
+    case type::boolean:
+      return document.getBool(property) ? "true" : "false";
     case type::array:
       std::snprintf(number, sizeof number, "[%u]", document.countChildren(property));
       return number;
-    case type::object: return "{...}";
-    default: return "null";
+    case type::object:
+      return "{...}";
+    default:
+      return "null";
   }
 }
 

@@ -10,15 +10,15 @@
 #include <nox/utils/Facilities.h>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -71,7 +71,7 @@ bool parseOptions(int argc, char** argv, Options& options) {
       std::fputs(usage, stdout);
       std::exit(0);
     } else if (std::strcmp(option, "--version") == 0) {
-      std::printf("nox-dap %s\n", getVersionNOX_UTILS());
+      std::fputs("nox-dap " NOX_PROGRAM_VERSION "\n", stdout);
       std::exit(0);
     } else if (std::strcmp(option, "--stdio") == 0) {
       options.port = -1;
@@ -128,7 +128,8 @@ int main(int argc, char** argv) {
   }
   installSignals();
   nox::utils::setAssertionFailedFunction(&reportAssertion);
-  const int traceFd = options.trace != nullptr ? open(options.trace, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644) : -1;
+  const int traceFd =
+      options.trace != nullptr ? open(options.trace, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644) : -1;
   if (options.trace != nullptr && traceFd < 0) {
     std::fprintf(stderr, "nox-dap: cannot open the trace file %s: %s\n", options.trace, std::strerror(errno));
     return 1;

@@ -12,6 +12,8 @@
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/InspectionFramework.h>
 
+#include <pthread.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +21,6 @@
 #include <iostream>
 #include <string>
 #include <vector>
-#include <pthread.h>
-#include <unistd.h>
 
 namespace {
 
@@ -39,6 +39,7 @@ struct Options {
 const char* const usage =
     "usage: nox-demo [--port N] [--bind ADDRESS] [--token TEXT] [--allow-origin ORIGIN]... [--entities N]\n"
     "                [--tick-ms N] [--ticks N] [--verbose] [--help]\n"
+    "       nox-demo --version\n"
     "  --port N               inspection HTTP port (default 8080)\n"
     "  --bind ADDRESS         IPv4 address to listen on (default 127.0.0.1; 0.0.0.0 for every interface)\n"
     "  --token TEXT           require \"Authorization: Bearer TEXT\" on every request\n"
@@ -70,6 +71,9 @@ bool parseOptions(int argc, char** argv, Options& options) {
     bool valid = true;
     if (std::strcmp(option, "--help") == 0) {
       std::cout << usage;
+      std::exit(0);
+    } else if (std::strcmp(option, "--version") == 0) {
+      std::cout << "nox-demo " NOX_PROGRAM_VERSION "\n";
       std::exit(0);
     } else if (std::strcmp(option, "--verbose") == 0) {
       options.verbose = true;

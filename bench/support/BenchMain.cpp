@@ -48,8 +48,7 @@ class RecordingReporter : public benchmark::ConsoleReporter {
 
 }  // namespace
 
-bool registerRatio(const std::string& label, const std::string& subject, const std::string& reference,
-                   double maximum) {
+bool registerRatio(const std::string& label, const std::string& subject, const std::string& reference, double maximum) {
   ratios().push_back({label, subject, reference, maximum});
   return true;
 }

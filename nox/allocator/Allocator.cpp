@@ -139,7 +139,6 @@ void* operator new(std::size_t size, const char* file, int line, nox::allocator:
   return allocator->allocate(size, file, static_cast<unsigned int>(line));
 }
 
-void operator delete(void* pointer, const char* /*file*/, int /*line*/,
-                     nox::allocator::Allocator* allocator) noexcept {
+void operator delete(void* pointer, const char* /*file*/, int /*line*/, nox::allocator::Allocator* allocator) noexcept {
   allocator->deallocate(pointer, 0);
 }

@@ -24,9 +24,13 @@ class StdAllocator {
   }
 
   template <class U>
-  bool operator==(const StdAllocator<U>&) const noexcept { return true; }
+  bool operator==(const StdAllocator<U>&) const noexcept {
+    return true;
+  }
   template <class U>
-  bool operator!=(const StdAllocator<U>&) const noexcept { return false; }
+  bool operator!=(const StdAllocator<U>&) const noexcept {
+    return false;
+  }
 };
 
 }  // namespace nox::allocator

@@ -49,24 +49,24 @@ class NOX_UTILS_API AbstractLogger {
 
 }  // namespace nox::utils
 
-#define NOX_LOG_ERROR(logger, errorType, message)                                             \
-  do {                                                                                        \
-    ::nox::utils::AbstractLogger* noxLogger_ = (logger);                                      \
-    if (noxLogger_ != nullptr) {                                                              \
-      ::nox::utils::details::Message noxLogMessage_;                                          \
-      noxLogMessage_ << message;                                                              \
-      noxLogger_->logError((errorType), NOX_SOURCE_UNIT, __LINE__, noxLogMessage_.c_str());   \
-    }                                                                                         \
+#define NOX_LOG_ERROR(logger, errorType, message)                                           \
+  do {                                                                                      \
+    ::nox::utils::AbstractLogger* noxLogger_ = (logger);                                    \
+    if (noxLogger_ != nullptr) {                                                            \
+      ::nox::utils::details::Message noxLogMessage_;                                        \
+      noxLogMessage_ << message;                                                            \
+      noxLogger_->logError((errorType), NOX_SOURCE_UNIT, __LINE__, noxLogMessage_.c_str()); \
+    }                                                                                       \
   } while (false)
 
-#define NOX_DETAILS_LOG_LEVEL(logger, isLogging, log, message)                    \
-  do {                                                                            \
-    ::nox::utils::AbstractLogger* noxLogger_ = (logger);                          \
-    if (noxLogger_ != nullptr && noxLogger_->isLogging()) {                       \
-      ::nox::utils::details::Message noxLogMessage_;                              \
-      noxLogMessage_ << message;                                                  \
-      noxLogger_->log(NOX_SOURCE_UNIT, __LINE__, noxLogMessage_.c_str());         \
-    }                                                                             \
+#define NOX_DETAILS_LOG_LEVEL(logger, isLogging, log, message)            \
+  do {                                                                    \
+    ::nox::utils::AbstractLogger* noxLogger_ = (logger);                  \
+    if (noxLogger_ != nullptr && noxLogger_->isLogging()) {               \
+      ::nox::utils::details::Message noxLogMessage_;                      \
+      noxLogMessage_ << message;                                          \
+      noxLogger_->log(NOX_SOURCE_UNIT, __LINE__, noxLogMessage_.c_str()); \
+    }                                                                     \
   } while (false)
 
 #define NOX_LOG_WARNING(logger, message) NOX_DETAILS_LOG_LEVEL(logger, isLoggingWarning, logWarning, message)

@@ -42,12 +42,12 @@ NOX_UTILS_API bool isDebuggerAttached();
 }  // namespace nox::utils
 
 // Unconditional assertion failure; `message` is a chain of << operands.
-#define NOX_FAIL(message)                                                                        \
-  do {                                                                                           \
+#define NOX_FAIL(message)                                                                       \
+  do {                                                                                          \
     if (::nox::utils::shouldExecutionBePaused<1>()) ::nox::utils::details::breakIntoDebugger(); \
-    ::nox::utils::details::Message noxAssertionMessage_;                                         \
-    noxAssertionMessage_ << message;                                                             \
-    ::nox::utils::assertionFailed(NOX_SOURCE_UNIT, __LINE__, noxAssertionMessage_.c_str());      \
+    ::nox::utils::details::Message noxAssertionMessage_;                                        \
+    noxAssertionMessage_ << message;                                                            \
+    ::nox::utils::assertionFailed(NOX_SOURCE_UNIT, __LINE__, noxAssertionMessage_.c_str());     \
   } while (false)
 
 #define NOX_ASSERT(condition, message) \

@@ -47,8 +47,7 @@ void BufferLogger::doLogError(const ErrorType& error, const char* file, unsigned
   record('e', file, line, message, error);
 }
 
-void BufferLogger::record(char kind, const char* file, unsigned int line, const char* message,
-                          const ErrorType& error) {
+void BufferLogger::record(char kind, const char* file, unsigned int line, const char* message, const ErrorType& error) {
   entries_.push_back(Entry{kind, String(file), line, String(message), error});
 }
 

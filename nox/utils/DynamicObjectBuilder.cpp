@@ -146,8 +146,8 @@ bool DynamicObjectBuilder::arrayChild() {
   }
   if (child == 0) {
     NOX_LOG_ERROR(getLogger(), error::invalidOperation,
-                  "The current array property (" << array << ") reached its maximum size: "
-                                                 << DynamicObject::getMaximumArraySize());
+                  "The current array property ("
+                      << array << ") reached its maximum size: " << DynamicObject::getMaximumArraySize());
     return false;
   }
   properties_.push_back(child);

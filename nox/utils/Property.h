@@ -47,9 +47,9 @@ bool putInspectableObjectHelper(DynamicObject&, unsigned int, const T&, const Ty
   return reportNotInspectable(getClassTypeId<T>(), types, logger);
 }
 
-#define NOX_DETAILS_DECLARE_PUT_HELPER(Type)                                                                         \
-  template <>                                                                                                        \
-  NOX_UTILS_API bool putInspectableObjectHelper<Type>(DynamicObject& target, unsigned int handle, const Type& value, \
+#define NOX_DETAILS_DECLARE_PUT_HELPER(Type)                                                                          \
+  template <>                                                                                                         \
+  NOX_UTILS_API bool putInspectableObjectHelper<Type>(DynamicObject & target, unsigned int handle, const Type& value, \
                                                       const TypeManager& types, AbstractLogger* logger);
 NOX_DETAILS_DECLARE_PUT_HELPER(std::int64_t)
 NOX_DETAILS_DECLARE_PUT_HELPER(int)

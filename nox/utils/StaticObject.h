@@ -18,8 +18,14 @@
 //
 // and TypeManager::registerStaticObjectType<Car>() registers the class, runs its
 // metadata setter (bases, properties) and gives it a creator.
+//
+// The library destroys the static objects it owns (event filters, requests, the
+// instances it creates) through its allocator. LibraryAllocated makes a plain `new` of
+// any StaticObject class allocate from that allocator as well, so `new X(...)` and
+// `NOX_NEW X(...)` may both be handed over.
 #pragma once
 
+#include <nox/allocator/LibraryAllocated.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/Uuid.h>
 
@@ -28,7 +34,7 @@ namespace nox::utils {
 class AbstractLogger;
 class TypeManager;
 
-class NOX_UTILS_API StaticObject {
+class NOX_UTILS_API StaticObject : public nox::allocator::LibraryAllocated {
  public:
   // Registers a class's metadata (its bases and properties) with a type manager in
   // which the class itself is already registered.

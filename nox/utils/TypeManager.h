@@ -10,6 +10,7 @@
 #pragma once
 
 #include <nox/allocator/Allocator.h>
+#include <nox/allocator/LibraryAllocated.h>
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/Property.h>
@@ -32,8 +33,10 @@ class TypeMetadata;
 class NOX_UTILS_API TypeManager {
  public:
   // Makes instances of one static-object type. This base makes none (null); a class
-  // registers a subclass whose call operator returns a new instance made with NOX_NEW.
-  struct NOX_UTILS_API StaticObjectCreator {
+  // registers a subclass whose call operator returns a new instance. Creators are owned
+  // by the type manager once registered; made with `new` or NOX_NEW, both are freed
+  // correctly (LibraryAllocated).
+  struct NOX_UTILS_API StaticObjectCreator : nox::allocator::LibraryAllocated {
     virtual ~StaticObjectCreator();
     virtual StaticObject* operator()(AbstractLogger* logger) const;
   };
@@ -79,7 +82,7 @@ class NOX_UTILS_API TypeManager {
   // Adds a copy of a valid property to the record of its owner type.
   bool addProperty(const Property& property, AbstractLogger* logger);
 
-  // Creators. registerCreator takes ownership of `creator` (made with NOX_NEW) in every
+  // Creators. registerCreator takes ownership of `creator` (made with new or NOX_NEW) in every
   // case: a refused creator is destroyed at once. A type has at most one creator.
   bool registerCreator(const Uuid& id, StaticObjectCreator* creator, AbstractLogger* logger);
   bool unregisterCreator(const Uuid& id, AbstractLogger* logger);

@@ -32,7 +32,7 @@ class SilentLogger : public nox::utils::AbstractLogger {
 // Fails the run when `condition` does not hold; the second form also prints `detail`
 // (a string_view), such as the text that broke the property.
 #define NOX_FUZZ_CHECK(condition) NOX_FUZZ_CHECK_SHOWING(condition, std::string_view())
-#define NOX_FUZZ_CHECK_SHOWING(condition, detail)                                  \
-  do {                                                                             \
-    if (!(condition)) ::nox::fuzz::fail("check failed: " #condition, (detail));   \
+#define NOX_FUZZ_CHECK_SHOWING(condition, detail)                               \
+  do {                                                                          \
+    if (!(condition)) ::nox::fuzz::fail("check failed: " #condition, (detail)); \
   } while (false)

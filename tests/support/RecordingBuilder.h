@@ -24,9 +24,7 @@ class RecordingBuilder : public nox::utils::AbstractObjectBuilder {
   bool boolean(bool value) override { return record(value ? "boolean true" : "boolean false"); }
   bool integer(std::int64_t value) override { return record("integer " + std::to_string(value)); }
   bool real(double value) override { return record("real " + std::to_string(value)); }
-  bool string(const char* text, unsigned int length) override {
-    return record("string " + std::string(text, length));
-  }
+  bool string(const char* text, unsigned int length) override { return record("string " + std::string(text, length)); }
   bool beginObject() override { return record("beginObject"); }
   bool objectChild(const char* key, unsigned int length) override {
     return record("objectChild " + std::string(key, length));

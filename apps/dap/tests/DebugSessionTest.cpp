@@ -55,9 +55,8 @@ class DebugSessionTest : public ::testing::Test {
   DebugSessionTest() : connection(editor), session(connection, host) { connection.setHandler(&session); }
 
   void request(const std::string& command, const std::string& arguments = "{}") {
-    const std::string body =
-        R"({"seq":)" + std::to_string(++seq) + R"(,"type":"request","command":")" + command + R"(","arguments":)" +
-        arguments + "}";
+    const std::string body = R"({"seq":)" + std::to_string(++seq) + R"(,"type":"request","command":")" + command +
+                             R"(","arguments":)" + arguments + "}";
     const std::string framed = "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
     connection.receive(framed.data(), framed.size());
   }
@@ -138,7 +137,8 @@ TEST_F(DebugSessionTest, BreakpointHitsOfItsOwnSubscriptionsGiveTheStopReason) {
   EXPECT_FALSE(pending("DELETE", "/api/events/8"));
 
   // A replacement cancels the old subscription; a name that is no location is never sent.
-  request("setFunctionBreakpoints", R"({"breakpoints":[{"name":"not a location"},{"name":"sim:a","hitCondition":"x"}]})");
+  request("setFunctionBreakpoints",
+          R"({"breakpoints":[{"name":"not a location"},{"name":"sim:a","hitCondition":"x"}]})");
   answer("DELETE", "/api/events/subscriptions/7", 200, "null");
   EXPECT_FALSE(pending("POST", "/api/events/subscriptions"));
   EXPECT_TRUE(sent(R"("breakpoints":[{"verified":false,"message")"));

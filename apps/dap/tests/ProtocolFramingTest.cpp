@@ -22,7 +22,8 @@ std::string framed(const std::string& body) {
 }
 
 // Everything the framer yields for `input` given in slices of `slice` bytes.
-std::vector<std::string> cut(const std::string& input, std::size_t slice, std::vector<std::string>* problems = nullptr) {
+std::vector<std::string> cut(const std::string& input, std::size_t slice,
+                             std::vector<std::string>* problems = nullptr) {
   MessageFramer framer;
   std::vector<std::string> bodies;
   String body;
@@ -39,8 +40,8 @@ std::vector<std::string> cut(const std::string& input, std::size_t slice, std::v
 
 TEST(ProtocolFraming, MessagesComeWholeWhateverTheSlicing) {
   // The second body holds a blank line and the third is empty: neither may end a message early.
-  const std::string stream = framed(R"({"seq":1})") + framed("{\"text\":\"a\r\n\r\nb\"}") + framed("") +
-                             framed(R"({"seq":3,"name":"é"})");
+  const std::string stream =
+      framed(R"({"seq":1})") + framed("{\"text\":\"a\r\n\r\nb\"}") + framed("") + framed(R"({"seq":3,"name":"é"})");
   const std::vector<std::string> expected = {R"({"seq":1})", "{\"text\":\"a\r\n\r\nb\"}", "",
                                              R"({"seq":3,"name":"é"})"};
   for (std::size_t slice : {std::size_t{1}, std::size_t{2}, std::size_t{7}, stream.size()}) {
@@ -77,8 +78,8 @@ TEST(ProtocolFraming, BrokenHeadersAreReportedAndReadingResumes) {
 TEST(ProtocolFraming, OversizedInputIsDroppedWithoutHoldingIt) {
   std::vector<std::string> problems;
   const std::size_t tooLong = MessageFramer::maximumBodySize + 10;
-  const std::string stream = "Content-Length: " + std::to_string(tooLong) + "\r\n\r\n" + std::string(tooLong, 'x') +
-                             framed(R"({"seq":5})");
+  const std::string stream =
+      "Content-Length: " + std::to_string(tooLong) + "\r\n\r\n" + std::string(tooLong, 'x') + framed(R"({"seq":5})");
   EXPECT_EQ(cut(stream, 1 << 16, &problems), std::vector<std::string>{R"({"seq":5})"});
   ASSERT_EQ(problems.size(), 1u);
   EXPECT_NE(problems[0].find("over the limit"), std::string::npos);

@@ -48,8 +48,8 @@ class NOX_UTILS_API AbstractEventRequest : public StaticObject {
   AbstractEventRequest(const AbstractEventRequest&) = delete;
   AbstractEventRequest& operator=(const AbstractEventRequest&) = delete;
 
-  // Takes ownership of `filter` whatever the answer: a refused filter is destroyed at
-  // once. A null filter is refused. The base refuses every filter.
+  // Takes ownership of `filter` (made with new or NOX_NEW) whatever the answer: a
+  // refused filter is destroyed at once. A null filter is refused. The base refuses every filter.
   virtual bool addFilter(AbstractEventFilter* filter);
   virtual void update();
   // Double dispatch: hands the request to the visitor, which keeps it only if it is of

@@ -23,7 +23,7 @@ class CreatorAbstractFactory {
   CreatorAbstractFactory(const CreatorAbstractFactory&) = delete;
   CreatorAbstractFactory& operator=(const CreatorAbstractFactory&) = delete;
 
-  // Takes ownership of `creator` (made with NOX_NEW) whatever the answer: a refused
+  // Takes ownership of `creator` (made with new or NOX_NEW) whatever the answer: a refused
   // creator is destroyed at once.
   bool registerCreator(const char* name, Creator* creator, AbstractLogger* logger) {
     if (name == nullptr || creator == nullptr) {

@@ -555,7 +555,8 @@ TEST_F(EventFrameworkTest, MalformedSubscriptionsAreRefusedAndWrongFiltersIgnore
   EXPECT_EQ(subscribe("breakpoint", filter("entities", array(integer(std::int64_t(1) << 32)))), "1");
   EXPECT_EQ(subscribe("breakpoint", filter("hitcount", integer(std::int64_t(1) << 40))), "1");
   EXPECT_EQ(framework.getRequestRegistry().countRequests(), 1u);
-  EXPECT_THAT(messages('w'), Contains("Refusing the subscription: no event filter 'location' can be made of its value."));
+  EXPECT_THAT(messages('w'),
+              Contains("Refusing the subscription: no event filter 'location' can be made of its value."));
   EXPECT_EQ(subscribe("breakpoint", filter("entities", array(integer(7)))), "2 {\"requestId\":2}");
 }
 

@@ -12,9 +12,9 @@
 namespace {
 
 using nox::test::HttpClient;
+using nox::test::HttpReply;
 using nox::test::InspectionHost;
 using nox::utils::debugger::HttpOptions;
-using nox::test::HttpReply;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -74,19 +74,22 @@ TEST(HttpOptionsTest, OnLoopbackOnlyLocalHostNamesAreServed) {
   InspectionHost host{HttpOptions()};
   HttpClient client(host.port());
   const std::string port = std::to_string(host.port());
-  for (const std::string& name : std::vector<std::string>{"localhost", "LocalHost:" + port, "127.0.0.1:" + port, "[::1]:" + port, "[::1]"}) {
+  for (const std::string& name :
+       std::vector<std::string>{"localhost", "LocalHost:" + port, "127.0.0.1:" + port, "[::1]:" + port, "[::1]"}) {
     EXPECT_EQ(sendWith(client, {"Host: " + name}, "GET", "/api/debug").status, 200) << name;
   }
   EXPECT_THAT(host.logger.messages('w'), IsEmpty());
   // A page whose name was rebound to this machine still names itself.
-  for (const std::string& name : std::vector<std::string>{"attacker.example", "attacker.example:" + port, "localhost.attacker.example",
-                           "127.0.0.1.nip.io:" + port, "localhost:80x"}) {
+  for (const std::string& name :
+       std::vector<std::string>{"attacker.example", "attacker.example:" + port, "localhost.attacker.example",
+                                "127.0.0.1.nip.io:" + port, "localhost:80x"}) {
     EXPECT_EQ(sendWith(client, {"Host: " + name}, "GET", "/api/debug").status, 403) << name;
   }
   EXPECT_EQ(sendWith(client, {"Host: attacker.example"}, "POST", "/api/debug/suspend").status, 403);
   EXPECT_FALSE(suspendRequested(host));
-  EXPECT_THAT(host.logger.messages('w'),
-              Contains("HTTP request refused: the Host 'attacker.example' does not name this machine (DNS rebinding?)."));
+  EXPECT_THAT(
+      host.logger.messages('w'),
+      Contains("HTTP request refused: the Host 'attacker.example' does not name this machine (DNS rebinding?)."));
 
   // Listening on every interface, the server cannot know its names: no Host check.
   host.framework().shutdownHttp();
@@ -108,8 +111,7 @@ TEST(HttpOptionsTest, PagesOfOtherOriginsMayReadButNotAct) {
   EXPECT_EQ(read.status, 200);
   EXPECT_THAT(read.headers, HasSubstr("Access-Control-Allow-Origin: *"));
   // A form post from a foreign page needs no preflight: it must be refused outright.
-  EXPECT_EQ(sendWith(client, {"Origin: http://evil.example", "Content-Type: text/plain"}, "POST",
-                     "/api/debug/suspend")
+  EXPECT_EQ(sendWith(client, {"Origin: http://evil.example", "Content-Type: text/plain"}, "POST", "/api/debug/suspend")
                 .status,
             403);
   EXPECT_EQ(sendWith(client, {"Origin: null"}, "DELETE", "/api/events/subscriptions/").status, 403);
@@ -137,8 +139,9 @@ TEST(HttpOptionsTest, WithATokenEveryRequestMustCarryIt) {
   HttpClient client(host.port());
   EXPECT_EQ(sendWith(client, {}, "GET", "/api/debug").status, 401);
   EXPECT_EQ(sendWith(client, {}, "OPTIONS", "/api/debug").status, 401);
-  for (const std::string& wrong : std::vector<std::string>{"Bearer s3cret-token", "Bearer s3cret-Token2", "Bearer s3cret", "Basic s3cret-Token",
-                            "s3cret-Token", "Bearer "}) {
+  for (const std::string& wrong :
+       std::vector<std::string>{"Bearer s3cret-token", "Bearer s3cret-Token2", "Bearer s3cret", "Basic s3cret-Token",
+                                "s3cret-Token", "Bearer "}) {
     EXPECT_EQ(sendWith(client, {"Authorization: " + wrong}, "POST", "/api/debug/suspend").status, 401) << wrong;
   }
   EXPECT_FALSE(suspendRequested(host));
@@ -161,7 +164,8 @@ TEST(HttpOptionsTest, RequestsWithMoreHeadersThanTheServerKeepsAreRefused) {
   EXPECT_EQ(sendWith(client, headers, "GET", "/api/debug").status, 200);
   headers.push_back("X-Filler-last: 1");
   EXPECT_EQ(sendWith(client, headers, "GET", "/api/debug").status, 400);
-  EXPECT_THAT(host.logger.messages('w'), ElementsAre("HTTP request refused: it has more headers than the server keeps (64)."));
+  EXPECT_THAT(host.logger.messages('w'),
+              ElementsAre("HTTP request refused: it has more headers than the server keeps (64)."));
 }
 
 }  // namespace

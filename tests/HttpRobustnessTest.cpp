@@ -204,8 +204,7 @@ HttpOptions quickTimeout(unsigned int threads) {
 }
 
 long millisecondsSince(std::chrono::steady_clock::time_point start) {
-  return static_cast<long>(
-      std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start).count());
+  return static_cast<long>(std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start).count());
 }
 
 TEST(HttpRobustnessTest, SixteenIdleConnectionsLeaveTheApiAnswering) {

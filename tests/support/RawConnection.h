@@ -50,7 +50,8 @@ class RawConnection {
     std::string reply;
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     for (;;) {
-      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      const auto left =
+          std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
       pollfd ready{socket_, POLLIN, 0};
       if (left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) return reply;
       char buffer[4096];

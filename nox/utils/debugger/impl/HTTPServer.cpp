@@ -111,8 +111,15 @@ bool HTTPServer::start(unsigned short port) {
   std::snprintf(portText, sizeof portText, "%u", static_cast<unsigned int>(port));
   // CivetWeb leaves the path encoded: it is decoded here with its length, so that an
   // encoded NUL is refused instead of cutting the path short.
-  const char* options[] = {"enable_directory_listing", "false", "listening_ports", portText, "num_threads", "1",
-                           "decode_url", "no", nullptr};
+  const char* options[] = {"enable_directory_listing",
+                           "false",
+                           "listening_ports",
+                           portText,
+                           "num_threads",
+                           "1",
+                           "decode_url",
+                           "no",
+                           nullptr};
   if (!launch(options, port, NOX_NEW HttpRequestHandler(framework_))) return false;
   address_ = "127.0.0.1";
   port_ = port;
@@ -125,9 +132,9 @@ bool HTTPServer::start(const HttpOptions& settings) {
   AbstractLogger* logger = &framework_.getLogger();
   in_addr address{};
   if (inet_pton(AF_INET, settings.bindAddress.c_str(), &address) != 1) {
-    NOX_LOG_ERROR(logger, error::invalidConfiguration,
-                  "The inspection HTTP server cannot listen on '" << settings.bindAddress
-                                                                 << "': it is not an IPv4 address.");
+    NOX_LOG_ERROR(
+        logger, error::invalidConfiguration,
+        "The inspection HTTP server cannot listen on '" << settings.bindAddress << "': it is not an IPv4 address.");
     return false;
   }
   if (settings.threadCount == 0) {
@@ -142,7 +149,7 @@ bool HTTPServer::start(const HttpOptions& settings) {
   char timeout[16];
   std::snprintf(timeout, sizeof timeout, "%u", settings.requestTimeoutMilliseconds);
   const char* options[] = {"enable_directory_listing", "false", "listening_ports", listening, "num_threads", threads,
-                           "request_timeout_ms", timeout, "decode_url", "no", nullptr};
+                           "request_timeout_ms",       timeout, "decode_url",      "no",      nullptr};
   if (!launch(options, settings.port, NOX_NEW HttpRequestHandler(framework_, settings))) return false;
   address_ = settings.bindAddress;
   mg_server_port bound{};

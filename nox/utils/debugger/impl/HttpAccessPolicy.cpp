@@ -49,8 +49,8 @@ HttpAccessPolicy::HttpAccessPolicy(const HttpOptions& options)
 int HttpAccessPolicy::check(const HttpRequest& request, bool changesState, AbstractLogger* logger) const {
   const std::string_view* host = request.findHeader("Host");
   if (checksHost_ && host != nullptr && !isAllowedHost(*host)) {
-    NOX_LOG_WARNING(logger, "HTTP request refused: the Host '" << *host
-                                                               << "' does not name this machine (DNS rebinding?).");
+    NOX_LOG_WARNING(logger,
+                    "HTTP request refused: the Host '" << *host << "' does not name this machine (DNS rebinding?).");
     return JsonHttpReply::forbidden;
   }
   if (!token_.empty()) {
@@ -63,8 +63,8 @@ int HttpAccessPolicy::check(const HttpRequest& request, bool changesState, Abstr
   }
   const std::string_view* origin = request.findHeader("Origin");
   if (changesState && origin != nullptr && !isAllowedOrigin(*origin, host)) {
-    NOX_LOG_WARNING(logger, "HTTP request refused: a page of the origin '"
-                                << *origin << "' may not " << request.method << " here (allowed origins only).");
+    NOX_LOG_WARNING(logger, "HTTP request refused: a page of the origin '" << *origin << "' may not " << request.method
+                                                                           << " here (allowed origins only).");
     return JsonHttpReply::forbidden;
   }
   return JsonHttpReply::ok;
@@ -83,9 +83,8 @@ bool HttpAccessPolicy::isAllowedOrigin(std::string_view origin, const std::strin
       equalsIgnoringCase(origin.substr(scheme.size()), *host)) {
     return true;
   }
-  return anyOrigin_ || std::any_of(allowedOrigins_.begin(), allowedOrigins_.end(), [origin](const String& allowed) {
-           return equalsIgnoringCase(origin, allowed);
-         });
+  return anyOrigin_ || std::any_of(allowedOrigins_.begin(), allowedOrigins_.end(),
+                                   [origin](const String& allowed) { return equalsIgnoringCase(origin, allowed); });
 }
 
 bool HttpAccessPolicy::carriesToken(const std::string_view* authorization) const {

@@ -99,8 +99,8 @@ int HttpRequestHandler::admit(const HttpRequest& request, Method method) const {
   AbstractLogger* logger = &framework_.getLogger();
   // What came after the kept headers (its Content-Length, its Host...) is lost.
   if (request.headersTruncated) {
-    NOX_LOG_WARNING(logger, "HTTP request refused: it has more headers than the server keeps ("
-                                << request.headerCount << ").");
+    NOX_LOG_WARNING(logger,
+                    "HTTP request refused: it has more headers than the server keeps (" << request.headerCount << ").");
     return JsonHttpReply::badRequest;
   }
   return policy_ ? policy_->check(request, method == post || method == del, logger) : JsonHttpReply::ok;
@@ -176,8 +176,8 @@ int HttpRequestHandler::dispatch(Method method, const String& resource, const Ht
   return replyTo(status, method, resource, FacilitiesLogger::countErrorsOfThisThread() != errorsBefore, reply);
 }
 
-int HttpRequestHandler::replyTo(resources::Status status, Method method, std::string_view resource,
-                                bool reportedErrors, JsonHttpReply& reply) {
+int HttpRequestHandler::replyTo(resources::Status status, Method method, std::string_view resource, bool reportedErrors,
+                                JsonHttpReply& reply) {
   AbstractLogger* logger = &framework_.getLogger();
   switch (status) {
     case resources::done:
@@ -208,8 +208,9 @@ int HttpRequestHandler::readBody(const HttpRequest& request, AbstractHttpConnect
       NOX_LOG_WARNING(logger, "HTTP request refused: its body is larger than " << maxBodySize_ << " bytes.");
       return JsonHttpReply::badRequest;
     case BodyReading::unknownLength:
-      NOX_LOG_WARNING(logger, "HTTP request refused: a POST must give its body's Content-Length (0 for no body) or "
-                              "send it in chunks.");
+      NOX_LOG_WARNING(logger,
+                      "HTTP request refused: a POST must give its body's Content-Length (0 for no body) or "
+                      "send it in chunks.");
       return JsonHttpReply::badRequest;
     case BodyReading::cutShort:
       NOX_LOG_WARNING(logger, "HTTP request refused: its body was cut short after " << text.getSize() << " bytes.");

@@ -27,7 +27,8 @@ bool RequestBodyBuilder::close() {
 }
 
 bool RequestBodyBuilder::holdsNoNul(const char* text, unsigned int length) {
-  return length == 0 || std::memchr(text, '\0', length) == nullptr || refuse("The request body holds a NUL character in a text.");
+  return length == 0 || std::memchr(text, '\0', length) == nullptr ||
+         refuse("The request body holds a NUL character in a text.");
 }
 
 bool RequestBodyBuilder::string(const char* text, unsigned int length) {

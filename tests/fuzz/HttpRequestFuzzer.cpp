@@ -7,6 +7,7 @@
 // framework answers afterwards; an assertion or a crash is a finding. The framework is
 // put back in its first state after each input, so that inputs replay alike.
 #include <nox/utils/AbstractObjectBuilder.h>
+#include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/Facilities.h>
 #include <nox/utils/Uri.h>
@@ -254,7 +255,9 @@ void checkReply(const std::string& reply) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  nox::fuzz::abortOnAssertion();
+  // Before the host exists: setting it up must not meet an assertion either.
+  nox::utils::setAssertionFailedFunction(
+      [](const char*, unsigned int, const char* message) { nox::fuzz::fail("assertion failed", message); });
   host = new Host();
   return 0;
 }

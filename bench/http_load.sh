@@ -26,7 +26,9 @@ trap '[ -n "$server" ] && kill "$server" 2>/dev/null; rm -rf "$work"' EXIT
 start() {
   local attempt
   for attempt in $(seq 1 20); do
-    port=$((20000 + RANDOM % 40000))
+    # Below the system's ephemeral ports (32768 and up): a client that keeps retrying a
+    # port nobody listens on yet may otherwise be given that very port and connect to itself.
+    port=$((20000 + RANDOM % 12000))
     "$@" "$port" >"$work/server.log" 2>&1 &
     server=$!
     if curl -sf --retry 50 --retry-connrefused --retry-delay 0 --max-time 10 \

@@ -30,7 +30,9 @@ grep -q "^read_json: " "$work/err" || fail "read_json: no reason given for a bro
 
 # minimal_host: serves its engine and the pushed context, then stops by itself.
 for attempt in $(seq 1 20); do
-  port=$((20000 + RANDOM % 40000))
+  # Below the system's ephemeral ports (32768 and up): a client that keeps retrying a
+  # port nobody listens on yet may otherwise be given that very port and connect to itself.
+  port=$((20000 + RANDOM % 12000))
   "$host" "$port" 2500 >"$work/host.out" 2>"$work/host.err" &
   pid=$!
   base="http://127.0.0.1:$port/api"

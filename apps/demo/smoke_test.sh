@@ -20,7 +20,9 @@ fail() {
 # try another); sets pid and base. Any answer, a refusal included, says it serves.
 start() {
   for attempt in $(seq 1 20); do
-    port=$((20000 + RANDOM % 40000))
+    # Below the system's ephemeral ports (32768 and up): a client that keeps retrying a
+    # port nobody listens on yet may otherwise be given that very port and connect to itself.
+    port=$((20000 + RANDOM % 12000))
     NOX_ALLOCATOR_TRACK=1 "$demo" --port "$port" --tick-ms 2 "$@" >"$work/out" 2>"$work/err" &
     pid=$!
     base="http://127.0.0.1:$port/api"

@@ -240,6 +240,39 @@ TEST(JsonReader, BoundsNestingWithoutExhaustingTheStack) {
   }
 }
 
+// The reader hands the parser its text in batches cut where no token is under way, and
+// hands over a token that goes on and on in pieces: long tokens, escapes and errors must
+// come through the same wherever the cuts fall.
+TEST(JsonReader, LongTokensAndLateErrorsComeThroughWhole) {
+  std::string text;
+  std::string expected;
+  for (std::size_t i = 0; expected.size() < 700000; ++i) {
+    if (i % 9973 == 0) {
+      text += R"(\"\u00e9\\)";
+      expected += "\"\xc3\xa9\\";
+    } else {
+      text += static_cast<char>('a' + i % 26);
+      expected += static_cast<char>('a' + i % 26);
+    }
+  }
+  const std::string number = "0." + std::string(300000, '5');
+  DynamicObject object;
+  ASSERT_TRUE(fromJson("{\"s\":\"" + text + "\",\"n\":" + number + ",\"t\":true}", object));
+  EXPECT_EQ(std::string(object.getString("s")), expected);
+  EXPECT_EQ(object.getReal("n"), 0.5555555555555556);
+  EXPECT_TRUE(object.getBool("t"));
+
+  std::string list = "[";
+  for (int i = 0; i < 50000; ++i) list += "1,";
+  for (const std::string& text : {list + "x]", list + std::string(300000, 'x') + "]"}) {
+    BufferLogger logger(true, true, true);
+    DynamicObject partial;
+    EXPECT_FALSE(fromJson(text, partial, &logger));
+    EXPECT_THAT(errorMessages(logger), ElementsAre(StartsWith("Invalid JSON at byte 100002: lexical error")));
+    EXPECT_EQ(partial.countChildren(partial.getRoot()), 50000u);
+  }
+}
+
 // Texts of every length around chunk boundaries must come through whole, from memory and
 // from a file: a short last read may neither be dropped nor padded.
 class JsonReaderLengths : public ::testing::Test {

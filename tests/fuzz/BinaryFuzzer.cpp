@@ -28,11 +28,6 @@ std::string write(const DynamicObject& object) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  nox::fuzz::abortOnAssertion();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   DynamicObject object;
   nox::fuzz::SilentLogger logger;

@@ -35,11 +35,6 @@ bool parse(const char* text, std::size_t size, DynamicObject& parameters) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  nox::fuzz::abortOnAssertion();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const char* text = reinterpret_cast<const char*>(data);
   DynamicObject parameters;

@@ -75,11 +75,6 @@ void checkManager(const char* data, unsigned int size) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  nox::fuzz::abortOnAssertion();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const char* text = reinterpret_cast<const char*>(data);
   checkStream(text, static_cast<unsigned int>(size));

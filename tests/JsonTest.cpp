@@ -273,6 +273,31 @@ TEST(JsonReader, LongTokensAndLateErrorsComeThroughWhole) {
   }
 }
 
+// A stream that answers every read with success, handing out its text and then nothing.
+class NeverEndingInput : public nox::utils::AbstractDataInputOutput {
+ public:
+  explicit NeverEndingInput(std::string text) : text_(std::move(text)) {}
+  bool isWritable() const override { return false; }
+  bool write(const char*, unsigned int, nox::utils::AbstractLogger*) override { return false; }
+  bool isReadable() const override { return true; }
+  bool read(char* buffer, unsigned int& size, nox::utils::AbstractLogger*) override {
+    size = static_cast<unsigned int>(text_.copy(buffer, size, std::min(position_, text_.size())));
+    position_ += size;
+    return true;
+  }
+
+ private:
+  std::string text_;
+  std::size_t position_ = 0;
+};
+
+TEST(JsonReader, EndsAtAReadThatSucceedsWithoutBytes) {
+  NeverEndingInput input(R"({"a":[1,2]})");
+  DynamicObject object;
+  EXPECT_TRUE(nox::utils::deserializeDynamicObjectFromJson(object, input, nullptr));
+  EXPECT_EQ(object.getInt("a[1]"), 2);
+}
+
 // Texts of every length around chunk boundaries must come through whole, from memory and
 // from a file: a short last read may neither be dropped nor padded.
 class JsonReaderLengths : public ::testing::Test {

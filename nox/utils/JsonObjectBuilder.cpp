@@ -433,7 +433,9 @@ class TextBatches {
       const std::size_t before = bytes_.size();
       unsigned int read = readSize;
       bytes_.resize(before + read);
-      more_ = input_.read(bytes_.data() + before, read, logger_);
+      // A read that succeeds without a byte ends the text too, or such a stream would
+      // keep the reader spinning.
+      more_ = input_.read(bytes_.data() + before, read, logger_) && read != 0;
       // Exactly the bytes that each read reports are parsed: the last read of a text is
       // usually short, and its tail must neither be dropped nor padded.
       bytes_.resize(before + (more_ ? read : 0));

@@ -28,8 +28,13 @@ using nox::utils::DynamicObject;
 using nox::utils::MemoryInputOutput;
 namespace type = nox::utils::type;
 
-// Sanitizers give every frame guard zones; the bound then scales with them.
-#if defined(__SANITIZE_ADDRESS__)
+// AddressSanitizer gives every frame guard zones; the bound then scales with them.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define NOX_TEST_FRAMES_GROW 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(NOX_TEST_FRAMES_GROW)
 constexpr std::size_t stackSize = 4 * nox::test::serverWorkerStackSize;
 #else
 constexpr std::size_t stackSize = nox::test::serverWorkerStackSize;

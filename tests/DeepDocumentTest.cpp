@@ -88,7 +88,9 @@ std::string varint(std::uint64_t value) {
   for (; value >= 0x80; value >>= 7) bytes += static_cast<char>((value & 0x7f) | 0x80);
   return bytes + static_cast<char>(value);
 }
-std::string field(int number, std::uint64_t value) { return varint(static_cast<unsigned int>(number) << 3) + varint(value); }
+std::string field(int number, std::uint64_t value) {
+  return varint(static_cast<unsigned int>(number) << 3) + varint(value);
+}
 std::string message(int number, const std::string& payload) {
   return varint((static_cast<unsigned int>(number) << 3) | 2) + varint(payload.size()) + payload;
 }

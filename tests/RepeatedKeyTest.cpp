@@ -66,8 +66,7 @@ bool read(Reader reader, const std::string& json, DynamicObject& target, BufferL
     return nox::utils::deserializeDynamicObjectFromJson(target, input, &logger);
   }
   const std::string bytes = binaryOf(json);
-  return nox::utils::deserializeDynamicObject(bytes.data(), static_cast<unsigned int>(bytes.size()), target,
-                                              &logger);
+  return nox::utils::deserializeDynamicObject(bytes.data(), static_cast<unsigned int>(bytes.size()), target, &logger);
 }
 
 class RepeatedKeys : public ::testing::TestWithParam<Reader> {

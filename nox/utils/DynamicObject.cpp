@@ -1093,9 +1093,9 @@ void DynamicObject::resetProperty(unsigned int property) {
       chain.push(child);
       continue;
     }
-    const bool removed = childValue != nullptr &&
-                         (isArray ? resize(container, static_cast<unsigned int>(count - 1))
-                                  : eraseChild(container, children.getKey(), children.getKeyLength()));
+    const bool removed =
+        childValue != nullptr && (isArray ? resize(container, static_cast<unsigned int>(count - 1))
+                                          : eraseChild(container, children.getKey(), children.getKeyLength()));
     if (!removed) {
       NOX_FAIL("Children links and count do not match");
       containerValue->setPayload(0);
@@ -1210,8 +1210,9 @@ class DynamicObject::SubtreeWalk {
         if (!(level.isArray ? builder_.endArray() : builder_.endObject())) return false;
         continue;
       }
-      const bool slotOpened = level.isArray ? builder_.arrayChild()
-                                            : builder_.objectChild(level.children.getKey(), level.children.getKeyLength());
+      const bool slotOpened = level.isArray
+                                  ? builder_.arrayChild()
+                                  : builder_.objectChild(level.children.getKey(), level.children.getKeyLength());
       if (!slotOpened || !open(child)) return false;
     }
     return true;

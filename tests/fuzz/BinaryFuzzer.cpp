@@ -38,8 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const std::string first = write(object);
   DynamicObject reread;
-  NOX_FUZZ_CHECK(nox::utils::deserializeDynamicObject(first.data(), static_cast<unsigned int>(first.size()), reread,
-                                                      &logger));
+  NOX_FUZZ_CHECK(
+      nox::utils::deserializeDynamicObject(first.data(), static_cast<unsigned int>(first.size()), reread, &logger));
   NOX_FUZZ_CHECK(write(reread) == first);
   return 0;
 }

@@ -48,9 +48,8 @@ void checkStream(const char* data, unsigned int size) {
   const std::string text =
       saved([&](unsigned int& length, nox::fuzz::SilentLogger* log) { return serializeRandom(length, random, log); });
   Random restored(1);
-  NOX_FUZZ_CHECK_SHOWING(nox::utils::deserializeRandom(text.data(), static_cast<unsigned int>(text.size()), restored,
-                                                       &logger),
-                         text);
+  NOX_FUZZ_CHECK_SHOWING(
+      nox::utils::deserializeRandom(text.data(), static_cast<unsigned int>(text.size()), restored, &logger), text);
   NOX_FUZZ_CHECK_SHOWING(nextDraws(restored) == nextDraws(random), text);
 }
 
@@ -63,13 +62,12 @@ void checkManager(const char* data, unsigned int size) {
     NOX_FUZZ_CHECK(manager.getSeed() == 77);
     return;
   }
-  const std::string text = saved([&](unsigned int& length, nox::fuzz::SilentLogger* log) {
-    return serializeRandomManager(length, manager, log);
-  });
+  const std::string text = saved(
+      [&](unsigned int& length, nox::fuzz::SilentLogger* log) { return serializeRandomManager(length, manager, log); });
   RandomManager restored;
-  NOX_FUZZ_CHECK_SHOWING(nox::utils::deserializeRandomManager(text.data(), static_cast<unsigned int>(text.size()),
-                                                              restored, &logger),
-                         text);
+  NOX_FUZZ_CHECK_SHOWING(
+      nox::utils::deserializeRandomManager(text.data(), static_cast<unsigned int>(text.size()), restored, &logger),
+      text);
   NOX_FUZZ_CHECK_SHOWING(restored.getSeed() == manager.getSeed(), text);
 }
 

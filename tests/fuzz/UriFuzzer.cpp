@@ -43,9 +43,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string path(uri.computePathStringLength(), '\0');
   uri.computePathString(path.data());
   Uri assembled;
-  NOX_FUZZ_CHECK_SHOWING(assembled.set(uri.getScheme(), path.c_str(), uri.getExtension(), uri.getQuery(),
-                                       uri.getFragment(), &logger),
-                         printed);
+  NOX_FUZZ_CHECK_SHOWING(
+      assembled.set(uri.getScheme(), path.c_str(), uri.getExtension(), uri.getQuery(), uri.getFragment(), &logger),
+      printed);
   NOX_FUZZ_CHECK_SHOWING(assembled == uri, printed);
   return 0;
 }

@@ -24,8 +24,7 @@ inline bool runOnStackOf(std::size_t stackSize, const std::function<void()>& wor
     (*static_cast<const std::function<void()>*>(argument))();
     return nullptr;
   };
-  const bool started =
-      pthread_create(&thread, &attributes, body, const_cast<std::function<void()>*>(&work)) == 0;
+  const bool started = pthread_create(&thread, &attributes, body, const_cast<std::function<void()>*>(&work)) == 0;
   pthread_attr_destroy(&attributes);
   if (started) pthread_join(thread, nullptr);
   return started;

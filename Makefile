@@ -6,7 +6,7 @@ BUILD ?= build
 
 SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
-	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp
 
 .PHONY: all deps build test ci ci-release ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install package demo format format-check tidy clean
 
@@ -55,7 +55,7 @@ dap-test: deps
 		NOX_DAP_TRANSCRIPT=$(abspath $(DAP_BUILD))/dap-transcript.log timeout 600 node --test
 
 # Suites whose tests run several threads against each other.
-THREADED_TESTS := ^(Threading|DebuggerThreaded|HttpServer|Inspection)
+THREADED_TESTS := ^(Threading|DebuggerThreaded|HttpServer|HttpOptions|HttpRobustness|HttpRequestHandler|Inspection)
 
 ci-tsan:
 	cmake -S . -B $(BUILD)/ci-tsan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \

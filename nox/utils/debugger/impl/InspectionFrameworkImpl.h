@@ -19,6 +19,7 @@
 #include <nox/utils/debugger/RequestRegistry.h>
 #include <nox/utils/debugger/Status.h>
 
+#include <atomic>
 #include <cstdint>
 
 namespace nox::utils {
@@ -85,6 +86,10 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   EventFilterCreatorFactory& getEventFilterCreatorFactory() { return filterCreators_; }
   // The stop conditions; the caller holds the framework mutex.
   SteppingState& getSteppingState() { return stepping_; }
+  // How many requests the registry may hold before clients' subscriptions are refused:
+  // each one costs every event of every engine a little.
+  unsigned int getSubscriptionLimit() const { return subscriptionLimit_; }
+  void setSubscriptionLimit(unsigned int limit) { subscriptionLimit_ = limit; }
 
   // ---- Engines. Registration attaches the engine to the facade.
 
@@ -173,6 +178,7 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   // Engines whose contexts were invalidated, by path hash: they run no step check.
   Set<std::uint64_t> invalidatedEngines_;
   Map<std::uint64_t, AbstractEngine*> engines_;
+  std::atomic<unsigned int> subscriptionLimit_{1000};
 };
 
 }  // namespace nox::utils::debugger::impl

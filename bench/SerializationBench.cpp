@@ -2,7 +2,9 @@
 //
 // JSON parsing into a DynamicObject is measured against RapidJSON and nlohmann::json
 // building their documents, and against its floor: bare YAJL with no-op callbacks fed
-// the same 256-byte chunks. Serialization is measured against the bare YAJL generator
+// the same 256-byte chunks. Two more texts measure the reader's cost by token length:
+// one 10 MB string value, and 100 000 short strings, against bare YAJL fed 64 KiB at a
+// time. Serialization is measured against the bare YAJL generator
 // writing the same text (replayed from a recorded event list) into a plain string, and
 // against the peers' writers. The binary round trip is measured against the JSON one.
 #include <nox/allocator/Allocator.h>
@@ -223,6 +225,65 @@ void BM_JsonParse_YajlFloor(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 BENCHMARK(BM_JsonParse_YajlFloor)->Unit(benchmark::kMillisecond);
+
+// ---- JSON reading by token length: one 10 MB string value, and 100 000 short strings.
+// The reader reads its stream 256 bytes at a time; its cost must stay linear in the
+// length of a token, which the floor (bare YAJL fed 64 KiB at a time) bounds.
+
+const std::string& longStringText() {
+  static const std::string text = [] {
+    std::string value(10 * 1000 * 1000, ' ');
+    for (std::size_t i = 0; i < value.size(); ++i) value[i] = static_cast<char>('a' + (i * 7 + i / 4096) % 26);
+    return "[\"" + value + "\"]";
+  }();
+  return text;
+}
+
+const std::string& shortStringsText() {
+  static const std::string text = [] {
+    std::string list = "[";
+    for (int i = 0; i < 100000; ++i) list += (i == 0 ? "\"s" : ",\"s") + std::to_string(i) + "\"";
+    return list + "]";
+  }();
+  return text;
+}
+
+void readIntoDynamicObject(benchmark::State& state, const std::string& text) {
+  for (auto _ : state) {
+    StringInput input(text);
+    DynamicObject object;
+    benchmark::DoNotOptimize(nox::utils::deserializeDynamicObjectFromJson(object, input, nullptr));
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+}
+
+void readWithBareYajl64K(benchmark::State& state, const std::string& text) {
+  const std::size_t feed = 64 * 1024;
+  for (auto _ : state) {
+    yajl_handle parser = yajl_alloc(&noOpCallbacks, nullptr, nullptr);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    for (std::size_t offset = 0; offset < text.size(); offset += feed) {
+      yajl_parse(parser, bytes + offset, std::min(feed, text.size() - offset));
+    }
+    benchmark::DoNotOptimize(yajl_complete_parse(parser));
+    yajl_free(parser);
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+}
+
+void BM_JsonRead_LongString_DynamicObject(benchmark::State& state) { readIntoDynamicObject(state, longStringText()); }
+BENCHMARK(BM_JsonRead_LongString_DynamicObject)->Unit(benchmark::kMillisecond);
+
+void BM_JsonRead_LongString_Yajl64K(benchmark::State& state) { readWithBareYajl64K(state, longStringText()); }
+BENCHMARK(BM_JsonRead_LongString_Yajl64K)->Unit(benchmark::kMillisecond);
+
+void BM_JsonRead_ShortStrings_DynamicObject(benchmark::State& state) {
+  readIntoDynamicObject(state, shortStringsText());
+}
+BENCHMARK(BM_JsonRead_ShortStrings_DynamicObject)->Unit(benchmark::kMillisecond);
+
+void BM_JsonRead_ShortStrings_Yajl64K(benchmark::State& state) { readWithBareYajl64K(state, shortStringsText()); }
+BENCHMARK(BM_JsonRead_ShortStrings_Yajl64K)->Unit(benchmark::kMillisecond);
 
 // ---- JSON serialization.
 
@@ -462,5 +523,7 @@ NOX_BENCH_RATIO("JSON serialize DynamicObject vs bare YAJL generator", "BM_JsonS
 NOX_BENCH_RATIO("JSON writer fed recorded events vs bare YAJL generator", "BM_JsonSerialize_RecordedEvents",
                 "BM_JsonSerialize_YajlFloor", 1.3);
 NOX_BENCH_RATIO("binary round trip vs JSON round trip", "BM_RoundTrip_Binary", "BM_RoundTrip_Json", 0.5);
+NOX_BENCH_RATIO("JSON read of one 10 MB string vs bare YAJL, 64 KiB feeds", "BM_JsonRead_LongString_DynamicObject",
+                "BM_JsonRead_LongString_Yajl64K", 2.0);
 
 }  // namespace

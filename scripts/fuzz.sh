@@ -4,7 +4,9 @@
 # Each target starts from its seed corpus (tests/fuzz/corpus/<target>, read only) and a
 # working corpus in the build dir, where the inputs it finds accumulate between runs.
 # An input that makes a target fail is kept in tests/fuzz/regressions/<target>, where
-# the normal builds replay it. Exits non-zero when any target failed.
+# the normal builds replay it. Exits non-zero when any target failed. An input counts as
+# a hang after 60 s: some legitimate inputs are slow under the sanitizers (restoring a
+# saved random stream at its largest count takes tens of seconds there).
 set -uo pipefail
 
 build=${1:?usage: fuzz.sh BUILD_DIR [SECONDS] [TARGET...]}
@@ -25,7 +27,7 @@ for target in "${targets[@]}"; do
   regressions=$fuzz_dir/regressions/$target
   log=$build/fuzz-$target.log
   mkdir -p "$work" "$regressions"
-  nice "$program" "$work" "$fuzz_dir/corpus/$target" -max_total_time="$seconds" -timeout=10 \
+  nice "$program" "$work" "$fuzz_dir/corpus/$target" -max_total_time="$seconds" -timeout=60 \
     -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$regressions/" >"$log" 2>&1
   result=$?
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")

@@ -240,6 +240,64 @@ TEST(JsonReader, BoundsNestingWithoutExhaustingTheStack) {
   }
 }
 
+// The reader hands the parser its text in batches cut where no token is under way, and
+// hands over a token that goes on and on in pieces: long tokens, escapes and errors must
+// come through the same wherever the cuts fall.
+TEST(JsonReader, LongTokensAndLateErrorsComeThroughWhole) {
+  std::string text;
+  std::string expected;
+  for (std::size_t i = 0; expected.size() < 700000; ++i) {
+    if (i % 9973 == 0) {
+      text += R"(\"\u00e9\\)";
+      expected += "\"\xc3\xa9\\";
+    } else {
+      text += static_cast<char>('a' + i % 26);
+      expected += static_cast<char>('a' + i % 26);
+    }
+  }
+  const std::string number = "0." + std::string(300000, '5');
+  DynamicObject object;
+  ASSERT_TRUE(fromJson("{\"s\":\"" + text + "\",\"n\":" + number + ",\"t\":true}", object));
+  EXPECT_EQ(std::string(object.getString("s")), expected);
+  EXPECT_EQ(object.getReal("n"), 0.5555555555555556);
+  EXPECT_TRUE(object.getBool("t"));
+
+  std::string list = "[";
+  for (int i = 0; i < 50000; ++i) list += "1,";
+  for (const std::string& text : {list + "x]", list + std::string(300000, 'x') + "]"}) {
+    BufferLogger logger(true, true, true);
+    DynamicObject partial;
+    EXPECT_FALSE(fromJson(text, partial, &logger));
+    EXPECT_THAT(errorMessages(logger), ElementsAre(StartsWith("Invalid JSON at byte 100002: lexical error")));
+    EXPECT_EQ(partial.countChildren(partial.getRoot()), 50000u);
+  }
+}
+
+// A stream that answers every read with success, handing out its text and then nothing.
+class NeverEndingInput : public nox::utils::AbstractDataInputOutput {
+ public:
+  explicit NeverEndingInput(std::string text) : text_(std::move(text)) {}
+  bool isWritable() const override { return false; }
+  bool write(const char*, unsigned int, nox::utils::AbstractLogger*) override { return false; }
+  bool isReadable() const override { return true; }
+  bool read(char* buffer, unsigned int& size, nox::utils::AbstractLogger*) override {
+    size = static_cast<unsigned int>(text_.copy(buffer, size, std::min(position_, text_.size())));
+    position_ += size;
+    return true;
+  }
+
+ private:
+  std::string text_;
+  std::size_t position_ = 0;
+};
+
+TEST(JsonReader, EndsAtAReadThatSucceedsWithoutBytes) {
+  NeverEndingInput input(R"({"a":[1,2]})");
+  DynamicObject object;
+  EXPECT_TRUE(nox::utils::deserializeDynamicObjectFromJson(object, input, nullptr));
+  EXPECT_EQ(object.getInt("a[1]"), 2);
+}
+
 // Texts of every length around chunk boundaries must come through whole, from memory and
 // from a file: a short last read may neither be dropped nor padded.
 class JsonReaderLengths : public ::testing::Test {

@@ -152,6 +152,10 @@ TEST(RandomTest, RefusedStreamsAreReportedAndLeftAlone) {
       {savedRandom(kVersion, ""), prefix + "expected field random not found"},
       {savedRandom(kVersion, "random { count: 2 }"), prefix + "expected field seed not found"},
       {savedRandom(kVersion, "random { seed: 3 }"), prefix + "expected field count not found"},
+      {savedRandom(kVersion, "random { seed: 3 count: 4294967297 }"),
+       prefix + "the saved count, 4294967297, is beyond the 4294967296 numbers a stream is restored to"},
+      {savedRandom(kVersion, "random { seed: 3 count: 18446744073709551615 }"),
+       prefix + "the saved count, 18446744073709551615, is beyond the 4294967296 numbers a stream is restored to"},
   };
   for (const auto& refused : cases) {
     SCOPED_TRACE(refused.text);

@@ -116,6 +116,18 @@ TEST(StringTableTest, CheckReportsCollisionsAndUnregisteredTexts) {
   EXPECT_EQ(unregistered.message, "\"abc\" is not registered with the table.");
 }
 
+TEST(StringTableTest, HashOfAnUnregisteredTextAssertsThenLogsThroughCheck) {
+  nox::test::AssertionRecorder recorder;
+  StringTable table;
+  table.add("abc", nullptr);
+  BufferLogger logger(true, true, true);
+  EXPECT_EQ(table.hash("abd", &logger), 0u);
+  EXPECT_EQ(recorder.messages(), (std::vector<std::string>{"\"abd\" does not belong to the table."}));
+  ASSERT_EQ(logger.getEntries().size(), 1u);
+  EXPECT_EQ(logger.getEntries()[0].error, nox::utils::error::invalidConfiguration);
+  EXPECT_EQ(logger.getEntries()[0].message, "\"abd\" is not registered with the table.");
+}
+
 TEST(StringTableTest, ContractViolationsAssertAndFail) {
   nox::test::AssertionRecorder recorder;
   StringTable table;

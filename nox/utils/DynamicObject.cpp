@@ -1057,29 +1057,48 @@ void DynamicObject::resetProperty(unsigned int property) {
   if (property == 0) return;
   Node* value = requireValueNode(property);
   if (value == nullptr) return;
-  switch (value->value.type) {
-    case type::array:
-      resize(property, 0);
-      break;
-    case type::object:
-      resetObject(property);
-      break;
-    default:
-      NOX_ASSERT(isKnownType(value->value.type), value->value.type << "is an unknown nox::utils::type.");
-      break;
+  NOX_ASSERT(isKnownType(value->value.type), value->value.type << "is an unknown nox::utils::type.");
+  if (!isContainer(value->value.type) || value->getPayload() == 0) {
+    value->setPayload(0);
+    value->value.type = type::null;
+    return;
   }
-  value->setPayload(0);
-  value->value.type = type::null;
-}
-
-void DynamicObject::resetObject(unsigned int property) {
-  // One fresh walk per child: erasing changes the trie under any walk in progress.
-  while (findValueNode(property)->getPayload() > 0) {
-    DynamicObjectIterator children(*this, property, 1);
-    children.next();
-    if (children.end() || !eraseChild(property, children.getKey(), children.getKeyLength())) {
+  // Descendants go one at a time, deepest first, and without recursion, so that no depth
+  // of data exhausts a small stack: `chain` holds the containers being emptied, each a
+  // child of the one below it. A child is removed once it is a leaf (a scalar or an empty
+  // container): an array loses its last element, an object its first child in trie order.
+  SmallStack<unsigned int> chain;
+  chain.push(property);
+  DynamicObjectIterator children(*this, property, 1);
+  while (!chain.empty()) {
+    const unsigned int container = chain.top();
+    Node* containerValue = findValueNode(container);
+    const std::uint64_t count = containerValue->getPayload();
+    if (!isContainer(containerValue->value.type) || count == 0) {
+      containerValue->setPayload(0);
+      containerValue->value.type = type::null;
+      chain.pop();
+      continue;
+    }
+    const bool isArray = containerValue->value.type == type::array;
+    unsigned int child = 0;
+    if (isArray) {
+      child = getChild(container, static_cast<unsigned int>(count - 1));
+    } else {
+      children.initializeTraversal(container);
+      if (!children.next().end()) child = children.getProperty();
+    }
+    const Node* childValue = findValueNode(child);
+    if (childValue != nullptr && isContainer(childValue->value.type) && childValue->getPayload() > 0) {
+      chain.push(child);
+      continue;
+    }
+    const bool removed =
+        childValue != nullptr && (isArray ? resize(container, static_cast<unsigned int>(count - 1))
+                                          : eraseChild(container, children.getKey(), children.getKeyLength()));
+    if (!removed) {
       NOX_FAIL("Children links and count do not match");
-      return;
+      containerValue->setPayload(0);
     }
   }
 }
@@ -1102,6 +1121,28 @@ bool DynamicObject::retrieve(unsigned int property, DynamicObject& target, unsig
 }
 
 bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& source, unsigned int sourceProperty) {
+  // Without recursion, so that no depth of data exhausts a small stack: each pair waits
+  // here until its value is copied, and a container adds one pair per child.
+  struct Pending {
+    unsigned int target;
+    unsigned int source;
+  };
+  Vector<Pending> pending{{property, sourceProperty}};
+  while (!pending.empty()) {
+    const Pending next = pending.back();
+    pending.pop_back();
+    if (!copyValue(next.target, source, next.source, [&pending](unsigned int target, unsigned int child) {
+          pending.push_back({target, child});
+        })) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class Defer>
+bool DynamicObject::copyValue(unsigned int property, const DynamicObject& source, unsigned int sourceProperty,
+                              Defer deferChild) {
   const Node* sourceValue = source.requireValueNode(sourceProperty);
   if (sourceValue == nullptr || requireValueNode(property) == nullptr) return false;
   const std::uint32_t type = sourceValue->value.type;
@@ -1124,25 +1165,24 @@ bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& sour
     case type::array: {
       resetProperty(property);
       const unsigned int count = source.countChildren(sourceProperty);
-      bool copied = resize(property, count);
-      for (unsigned int index = 0; index < count && copied; ++index) {
-        copied = copySubtree(getChild(property, index), source, source.getChild(sourceProperty, index));
-      }
-      // An array that lost all its elements is still an array.
+      if (!resize(property, count)) return false;
+      // An array without elements is still an array.
       findValueNode(property)->value.type = type::array;
-      return copied;
+      for (unsigned int index = 0; index < count; ++index) {
+        deferChild(getChild(property, index), source.getChild(sourceProperty, index));
+      }
+      return true;
     }
     case type::object: {
       resetProperty(property);
-      bool copied = true;
-      DynamicObjectIterator children(source, sourceProperty, 0);
-      for (children.next(); !children.end() && copied; children.next()) {
+      for (DynamicObjectIterator children(source, sourceProperty, 0); !children.next().end();) {
         const unsigned int child = addChild(property, children.getKey(), children.getKeyLength());
-        copied = child != 0 && copySubtree(child, source, children.getProperty());
+        if (child == 0) return false;
+        deferChild(child, children.getProperty());
       }
-      // An object that lost all its children is still an object.
+      // An object without children is still an object.
       findValueNode(property)->value.type = type::object;
-      return copied;
+      return true;
     }
     default:
       NOX_FAIL(type << " is an unknown nox::utils::type");
@@ -1150,16 +1190,45 @@ bool DynamicObject::copySubtree(unsigned int property, const DynamicObject& sour
   }
 }
 
-// Drives a builder over a subtree. Objects are walked with an iterator over their direct
-// children; array elements are gathered by one such walk and emitted in index order,
-// which their keys' trie order is not ("[10]" comes before "[2]"). Containers at one
-// depth share an iterator and an element table, so the walk allocates per level, not
-// per container.
+// Drives a builder over a subtree, without recursion: one level per open container,
+// each with its own walk over the container's children. Objects are walked with an
+// iterator over their direct children; array elements are gathered by one such walk and
+// emitted in index order, which their keys' trie order is not ("[10]" comes before
+// "[2]"). Levels are kept from one container to the next, so the walk allocates per
+// depth, not per container.
 class DynamicObject::SubtreeWalk {
  public:
   SubtreeWalk(const DynamicObject& object, AbstractObjectBuilder& builder) : object_(object), builder_(builder) {}
 
-  bool visit(unsigned int property, unsigned int depth) {
+  bool run(unsigned int property) {
+    if (!open(property)) return false;
+    while (depth_ > 0) {
+      Level& level = levels_[depth_ - 1];
+      unsigned int child;
+      if (!findNextChild(level, child)) {
+        --depth_;
+        if (!(level.isArray ? builder_.endArray() : builder_.endObject())) return false;
+        continue;
+      }
+      const bool slotOpened = level.isArray
+                                  ? builder_.arrayChild()
+                                  : builder_.objectChild(level.children.getKey(), level.children.getKeyLength());
+      if (!slotOpened || !open(child)) return false;
+    }
+    return true;
+  }
+
+ private:
+  struct Level {
+    explicit Level(const DynamicObject& object) : children(object, 0, 0) {}
+    DynamicObjectIterator children;
+    Vector<unsigned int> elements;
+    std::size_t nextElement = 0;
+    bool isArray = false;
+  };
+
+  // Emits a scalar whole, or the start of a container, whose children come next.
+  bool open(unsigned int property) {
     const Node* value = object_.requireValueNode(property);
     if (value == nullptr) return false;
     const auto type = static_cast<type::Type>(value->value.type);
@@ -1177,54 +1246,42 @@ class DynamicObject::SubtreeWalk {
       case type::boolean:
         return builder_.boolean(value->getPayload() == 0);
       case type::array:
-        return visitArray(property, depth);
+        if (!builder_.beginArray()) return false;
+        gatherElements(property, push(true));
+        return true;
       case type::object:
-        return visitObject(property, depth);
+        if (!builder_.beginObject()) return false;
+        push(false).children.initializeTraversal(property);
+        return true;
     }
     NOX_LOG_ERROR(builder_.getLogger(), error::invalidConfiguration,
                   "Error while serializing dynamic object - unexpected property type " << static_cast<int>(type));
     return false;
   }
 
- private:
-  struct Level {
-    explicit Level(const DynamicObject& object) : children(object, 0, 0) {}
-    DynamicObjectIterator children;
-    Vector<unsigned int> elements;
-  };
-
-  Level& level(unsigned int depth) {
-    while (levels_.size() <= depth) levels_.emplace_back(object_);
-    return levels_[depth];
+  Level& push(bool isArray) {
+    if (levels_.size() == depth_) levels_.emplace_back(object_);
+    Level& level = levels_[depth_++];
+    level.isArray = isArray;
+    return level;
   }
 
-  bool visitObject(unsigned int property, unsigned int depth) {
-    if (!builder_.beginObject()) return false;
-    DynamicObjectIterator& children = level(depth).children;
-    for (children.initializeTraversal(property); !children.next().end();) {
-      if (!builder_.objectChild(children.getKey(), children.getKeyLength()) ||
-          !visit(children.getProperty(), depth + 1)) {
-        return false;
-      }
+  // The container's next child, if it has one left.
+  static bool findNextChild(Level& level, unsigned int& child) {
+    if (level.isArray) {
+      if (level.nextElement == level.elements.size()) return false;
+      child = level.elements[level.nextElement++];
+      return true;
     }
-    return builder_.endObject();
-  }
-
-  bool visitArray(unsigned int property, unsigned int depth) {
-    if (!builder_.beginArray()) return false;
-    Level& here = level(depth);
-    gatherElements(property, here);
-    // Indexed, not iterated: deeper levels may grow `levels_`, which moves no element
-    // of a deque but invalidates iterators into it.
-    for (std::size_t index = 0; index < here.elements.size(); ++index) {
-      if (!builder_.arrayChild() || !visit(here.elements[index], depth + 1)) return false;
-    }
-    return builder_.endArray();
+    if (level.children.next().end()) return false;
+    child = level.children.getProperty();
+    return true;
   }
 
   // Fills `level.elements` with the handle of element i at index i (0 where there is none).
   void gatherElements(unsigned int array, Level& level) {
     level.elements.assign(object_.countChildren(array), 0);
+    level.nextElement = 0;
     for (level.children.initializeTraversal(array); !level.children.next().end();) {
       const unsigned int index = parseElementIndex(level.children.getKey(), level.children.getKeyLength());
       if (index < level.elements.size()) level.elements[index] = level.children.getProperty();
@@ -1244,11 +1301,13 @@ class DynamicObject::SubtreeWalk {
 
   const DynamicObject& object_;
   AbstractObjectBuilder& builder_;
+  // levels_[0, depth_) are the open containers, innermost last.
   Deque<Level> levels_;
+  std::size_t depth_ = 0;
 };
 
 bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
-  return SubtreeWalk(*this, builder).visit(property, 0);
+  return SubtreeWalk(*this, builder).run(property);
 }
 
 // ---------------------------------------------------------------------------------------

@@ -373,8 +373,11 @@ class NOX_UTILS_API DynamicObject {
   unsigned int findObjectChildByIndex(unsigned int parent, unsigned int index) const;
   bool eraseNamedChild(unsigned int parent, const char* key, unsigned int length);
   void moveSeparatorSubtree(unsigned int from, unsigned int to, std::uint32_t type);
-  void resetObject(unsigned int property);
   bool copySubtree(unsigned int property, const DynamicObject& source, unsigned int sourceProperty);
+  // Copies the value of one property; each child of a container is handed to
+  // `deferChild(targetChild, sourceChild)` to be copied in turn.
+  template <class Defer>
+  bool copyValue(unsigned int property, const DynamicObject& source, unsigned int sourceProperty, Defer deferChild);
 
   NodeAllocator* blockAllocator_;
   StringTable* stringTable_;

@@ -12,6 +12,29 @@ namespace {
 
 constexpr const char* noCurrentProperty = "No current property.";
 
+bool isContainer(type::Type type) { return type == type::array || type == type::object; }
+
+// "an object", "a string", "null"...: a kind of value as a message names it.
+const char* describeKind(type::Type type) {
+  switch (type) {
+    case type::null:
+      return "null";
+    case type::integer:
+      return "an integer";
+    case type::real:
+      return "a real";
+    case type::string:
+      return "a string";
+    case type::boolean:
+      return "a boolean";
+    case type::array:
+      return "an array";
+    case type::object:
+      return "an object";
+  }
+  return "an unknown kind of value";
+}
+
 // The first byte of `key` that a child name may not hold, or 0.
 char findForbiddenKeyCharacter(const char* key, unsigned int length) {
   for (unsigned int i = 0; i < length; ++i) {
@@ -44,8 +67,20 @@ bool DynamicObjectBuilder::beginProperty(type::Type type) {
     NOX_LOG_ERROR(getLogger(), error::invalidOperation, "The current property is not of the expected type");
     return false;
   }
+  if (changesKind(type)) {
+    const type::Type held = target_->getType(properties_.back());
+    NOX_LOG_ERROR(getLogger(), error::invalidData,
+                  "The current property already holds " << describeKind(held) << ", which " << describeKind(type)
+                                                        << " may not replace.");
+    return false;
+  }
   declared = type;
   return true;
+}
+
+bool DynamicObjectBuilder::changesKind(type::Type type) const {
+  const type::Type held = target_->getType(properties_.back());
+  return held != type && held != type::null && (isContainer(held) || isContainer(type));
 }
 
 bool DynamicObjectBuilder::endProperty(type::Type type) {
@@ -60,10 +95,13 @@ bool DynamicObjectBuilder::endProperty(type::Type type) {
 
 template <class Write>
 bool DynamicObjectBuilder::writeScalar(type::Type type, Write write) {
-  // A clash is reported by beginProperty; the value is written all the same, the
-  // object's setters deciding what becomes of the former content. A value sent after
-  // the outermost one has no slot: nothing is written, and closing the missing slot
-  // breaks the call-sequence contract.
+  // A value that would turn a container into anything else, or anything else into a
+  // container, is refused before the property is touched (see the header).
+  if (!properties_.empty() && changesKind(type)) return beginProperty(type);
+  // Any other clash is reported by beginProperty; the value is written all the same,
+  // the object's setters deciding what becomes of the former content. A value sent
+  // after the outermost one has no slot: nothing is written, and closing the missing
+  // slot breaks the call-sequence contract.
   beginProperty(type);
   if (!properties_.empty()) write(properties_.back());
   endProperty(type);

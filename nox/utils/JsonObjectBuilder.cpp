@@ -3,6 +3,7 @@
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/AbstractDataInputOutput.h>
 #include <nox/utils/AbstractLogger.h>
+#include <nox/utils/Containers.h>
 #include <nox/utils/DynamicObjectBuilder.h>
 
 #include <yajl/yajl_gen.h>
@@ -346,6 +347,142 @@ int onEndArray(void* context) { return closeContainer(contextOf(context), true);
 const yajl_callbacks parserCallbacks = {onNull,     onBoolean, onInteger, onDouble,     nullptr,   onString,
                                         onStartMap, onMapKey,  onEndMap,  onStartArray, onEndArray};
 
+// Follows a JSON text byte by byte, just enough to tell where no token is under way:
+// after white space, a structural byte, or the closing quote of a string.
+class TokenBoundaries {
+ public:
+  static constexpr std::size_t none = ~std::size_t{0};
+
+  // Scans `size` more bytes of the text; answers the offset, in these bytes, just past
+  // the last boundary they hold, or `none`.
+  std::size_t scan(const char* bytes, std::size_t size) {
+    std::size_t boundary = none;
+    for (std::size_t i = 0; i < size; ++i) {
+      const char byte = bytes[i];
+      switch (state_) {
+        case State::inString:
+          if (byte == '"') {
+            state_ = State::between;
+            boundary = i + 1;
+          } else if (byte == '\\') {
+            state_ = State::afterBackslash;
+          }
+          break;
+        case State::afterBackslash:
+          state_ = State::inString;
+          break;
+        case State::between:
+        case State::inWord:
+          if (byte == '"') {
+            state_ = State::inString;
+          } else if (endsWord(byte)) {
+            state_ = State::between;
+            boundary = i + 1;
+          } else {
+            state_ = State::inWord;
+          }
+          break;
+      }
+    }
+    return boundary;
+  }
+
+ private:
+  // A word is a number or a literal (or garbage, which the parser will refuse).
+  enum class State : unsigned char { between, inString, afterBackslash, inWord };
+
+  static bool endsWord(char byte) {
+    switch (byte) {
+      case ' ':
+      case '\t':
+      case '\n':
+      case '\r':
+      case '{':
+      case '}':
+      case '[':
+      case ']':
+      case ',':
+      case ':':
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  State state_ = State::between;
+};
+
+// Gathers the stream's reads, 256 bytes each, into batches for the parser. YAJL lexes a
+// token that a batch leaves unfinished again from its first byte with every following
+// batch, which makes the cost of a token grow with the square of its length when the
+// batches are short. So a batch is handed over once it holds 64 KiB, up to the last
+// place where no token is under way; a token longer than that stays with the next batch.
+// Should one token go on and on (it has to be a string or garbage), it is handed over
+// unfinished each time it doubles, which keeps the parser's rescans linear overall while
+// the batch stays within twice the token's length.
+class TextBatches {
+ public:
+  TextBatches(AbstractDataInputOutput& input, AbstractLogger* logger) : input_(input), logger_(logger) {
+    bytes_.reserve(batchSize + readSize);
+  }
+
+  // The next batch, valid until the next call; false once the stream is read whole.
+  bool next(const char*& batch, std::size_t& size) {
+    dropHandedOver();
+    while (more_) {
+      const std::size_t before = bytes_.size();
+      unsigned int read = readSize;
+      bytes_.resize(before + read);
+      // A read that succeeds without a byte ends the text too, or such a stream would
+      // keep the reader spinning.
+      more_ = input_.read(bytes_.data() + before, read, logger_) && read != 0;
+      // Exactly the bytes that each read reports are parsed: the last read of a text is
+      // usually short, and its tail must neither be dropped nor padded.
+      bytes_.resize(before + (more_ ? read : 0));
+      const std::size_t boundary = boundaries_.scan(bytes_.data() + before, bytes_.size() - before);
+      if (boundary != TokenBoundaries::none) {
+        cut_ = before + boundary;
+        longestToken_ = batchSize;
+      }
+      if (bytes_.size() >= batchSize && cut_ > 0) return handOver(cut_, batch, size);
+      if (bytes_.size() - cut_ >= longestToken_) {
+        longestToken_ *= 2;
+        return handOver(bytes_.size(), batch, size);
+      }
+    }
+    return !bytes_.empty() && handOver(bytes_.size(), batch, size);
+  }
+
+ private:
+  static constexpr std::size_t readSize = 256;
+  static constexpr std::size_t batchSize = 64 * 1024;
+
+  bool handOver(std::size_t count, const char*& batch, std::size_t& size) {
+    batch = bytes_.data();
+    size = count;
+    handedOver_ = count;
+    return true;
+  }
+
+  void dropHandedOver() {
+    bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(handedOver_));
+    cut_ = cut_ > handedOver_ ? cut_ - handedOver_ : 0;
+    handedOver_ = 0;
+  }
+
+  AbstractDataInputOutput& input_;
+  AbstractLogger* logger_;
+  Vector<char> bytes_;
+  TokenBoundaries boundaries_;
+  // bytes_[0, cut_) ends where no token is under way.
+  std::size_t cut_ = 0;
+  // bytes_[0, handedOver_) went to the parser with the last batch.
+  std::size_t handedOver_ = 0;
+  // How long the token under way may grow before it is handed over unfinished.
+  std::size_t longestToken_ = batchSize;
+  bool more_ = true;
+};
+
 // Reports why the parse stopped at byte `offset` of the text. A refusal by the builder
 // was reported by the builder itself.
 void reportParseFailure(yajl_handle parser, yajl_status status, const ParseContext& context, std::uint64_t offset,
@@ -377,12 +514,11 @@ bool deserializeJson(AbstractObjectBuilder& builder, AbstractDataInputOutput& in
   }
   yajl_status status = yajl_status_ok;
   std::uint64_t offset = 0;
-  char chunk[256];
-  // Exactly the bytes that each read reports are parsed: the last chunk of a text is
-  // usually short, and its tail must neither be dropped nor padded with stale bytes.
-  for (unsigned int size = sizeof chunk; status == yajl_status_ok && input.read(chunk, size, logger);
-       size = sizeof chunk) {
-    status = yajl_parse(parser, bytesOf(chunk), size);
+  TextBatches batches(input, logger);
+  const char* batch;
+  std::size_t size;
+  while (status == yajl_status_ok && batches.next(batch, size)) {
+    status = yajl_parse(parser, bytesOf(batch), size);
     offset += status == yajl_status_ok ? size : yajl_get_bytes_consumed(parser);
   }
   if (status == yajl_status_ok) status = yajl_complete_parse(parser);

@@ -84,7 +84,10 @@ NOX_UTILS_API bool serializeDynamicObjectToJson(const DynamicObject& object, Abs
                                                 AbstractLogger* logger);
 
 // Reads a JSON text into the root of `object` through a DynamicObjectBuilder, which adds
-// to what the object already holds. Fails as deserializeJson.
+// to what the object already holds. A repeated key follows the builder's rule: a scalar
+// after a scalar wins, while a value that would turn a container into anything else (or
+// a scalar into a container), such as {"a":1,"a":[1]}, is refused and the read fails,
+// leaving the old value whole. Fails as deserializeJson.
 NOX_UTILS_API bool deserializeDynamicObjectFromJson(DynamicObject& object, AbstractDataInputOutput& input,
                                                     AbstractLogger* logger);
 

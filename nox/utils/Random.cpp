@@ -85,6 +85,13 @@ bool deserializeRandom(const char* data, unsigned int length, Random& random, Ab
     details::reportMissingRandomField("random", missing, logger);
     return false;
   }
+  if (message.random().count() > Random::getMaximumRestoredCount()) {
+    NOX_LOG_ERROR(logger, error::invalidData,
+                  "Error while deserializing random: the saved count, "
+                      << message.random().count() << ", is beyond the " << Random::getMaximumRestoredCount()
+                      << " numbers a stream is restored to");
+    return false;
+  }
   random.reseed(message.random().seed());
   random.advance(message.random().count());
   return true;

@@ -21,12 +21,18 @@ class Random;
 // NOX_DEALLOCATE; null on failure.
 NOX_UTILS_API char* serializeRandom(unsigned int& length, const Random& random, AbstractLogger* logger);
 // Reseeds `random` and moves it to the saved count; on failure `random` is unchanged.
-// The cost grows with the saved count (one regeneration per 624 numbers drawn).
+// The cost grows with the saved count (one regeneration per 624 numbers drawn), so a
+// count beyond Random::getMaximumRestoredCount() is refused as invalid data: a saved
+// text must not keep its reader busy for ages.
 NOX_UTILS_API bool deserializeRandom(const char* data, unsigned int length, Random& random, AbstractLogger* logger);
 
 class NOX_UTILS_API Random {
  public:
   explicit Random(unsigned int seed);
+
+  // The most numbers drawn that a saved stream may hold: 2^32, which a restore reaches in
+  // a few seconds.
+  static constexpr std::uint64_t getMaximumRestoredCount() { return std::uint64_t{1} << 32; }
   // Copies draw the same numbers as the original from then on.
   Random(const Random& other);
   Random& operator=(const Random& other);

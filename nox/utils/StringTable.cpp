@@ -154,11 +154,11 @@ std::uint64_t StringTable::add(const char* text, AbstractLogger* logger) {
 std::uint64_t StringTable::hash(const char* text, unsigned int length, AbstractLogger* logger) const {
   if (!isText(text)) return 0;
   const std::uint64_t h = hashBytes(text, length, seed_);
-  if (table_.find(h) == nullptr) {
-    NOX_FAIL("\"" << std::string_view(text, length) << "\" does not belong to the table.");
-    return 0;
-  }
-  return logger == nullptr || check(text, length, h, logger) ? h : 0;
+  const bool registered = table_.find(h) != nullptr;
+  NOX_ASSERT(registered, "\"" << std::string_view(text, length) << "\" does not belong to the table.");
+  // Past a returning assertion handler, check() tells the logger why there is no hash.
+  if (logger != nullptr) return check(text, length, h, logger) ? h : 0;
+  return registered ? h : 0;
 }
 
 std::uint64_t StringTable::hash(const char* text, AbstractLogger* logger) const {

@@ -14,9 +14,11 @@ namespace {
   std::abort();
 }
 
-}  // namespace
+// Installed before main, so that neither libFuzzer nor the replay program needs to call
+// anything first.
+[[maybe_unused]] const bool abortingHandlerInstalled = (nox::utils::setAssertionFailedFunction(&abortingHandler), true);
 
-void abortOnAssertion() { nox::utils::setAssertionFailedFunction(&abortingHandler); }
+}  // namespace
 
 void fail(const char* what, std::string_view detail) {
   std::fprintf(stderr, "fuzz target: %s\n", what);

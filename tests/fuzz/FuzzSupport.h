@@ -1,6 +1,7 @@
-// What every fuzz target shares. An assertion reached from input is a finding, so the
-// targets replace the library's handler by one that aborts (the fuzzer then keeps the
-// input); a property a target checks on its own results fails the same way.
+// What every fuzz target shares. An assertion reached from input is a finding, so every
+// target runs with an assertion handler that aborts (the fuzzer then keeps the input),
+// installed before main by FuzzSupport.cpp; a property a target checks on its own
+// results fails the same way.
 #pragma once
 
 #include <nox/utils/AbstractLogger.h>
@@ -9,10 +10,6 @@
 #include <string_view>
 
 namespace nox::fuzz {
-
-// Installs the aborting assertion handler. Targets call it from LLVMFuzzerInitialize,
-// which the replay program calls as libFuzzer does.
-void abortOnAssertion();
 
 // Prints `what` (and `detail`, when given) and aborts.
 [[noreturn]] void fail(const char* what, std::string_view detail = {});

@@ -27,11 +27,6 @@ void write(const DynamicObject& object, MemoryInputOutput& text) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  nox::fuzz::abortOnAssertion();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   MemoryInputOutput input(reinterpret_cast<const char*>(data), static_cast<unsigned int>(size));
   DynamicObject object;

@@ -327,8 +327,17 @@ bool reportMissingValue(AbstractLogger* logger, const char* message) {
   return false;
 }
 
-// Replays one property as build events. The depth is bounded by the parser's recursion limit.
-bool replayProperty(const Property& property, AbstractObjectBuilder& builder, AbstractLogger* logger) {
+bool reportMalformedOrTooDeep(AbstractLogger* logger) {
+  NOX_LOG_ERROR(logger, error::invalidData,
+                "Unable to deserialize a dynamic object: malformed data or nesting deeper than "
+                    << ProtobufDynamicObjectBuilder::getMaximumDepth() << " levels");
+  return false;
+}
+
+// Replays a scalar property as its build event, or opens a container (its children
+// come next). `opened` tells which.
+bool replayValue(const Property& property, AbstractObjectBuilder& builder, AbstractLogger* logger, bool& opened) {
+  opened = false;
   switch (property.type()) {
     case Property::Int:
       if (!property.has_intvalue()) {
@@ -351,25 +360,56 @@ bool replayProperty(const Property& property, AbstractObjectBuilder& builder, Ab
       }
       return builder.string(property.stringvalue().data(), static_cast<unsigned int>(property.stringvalue().size()));
     case Property::Array:
-      if (!builder.beginArray()) return false;
-      for (const Property& element : property.arrayvalue()) {
-        if (!builder.arrayChild() || !replayProperty(element, builder, logger)) return false;
-      }
-      return builder.endArray();
+      opened = true;
+      return builder.beginArray();
     case Property::Object:
-      if (!builder.beginObject()) return false;
-      for (const Property::NamedProperty& child : property.objectvalue()) {
-        if (!builder.objectChild(child.key().data(), static_cast<unsigned int>(child.key().size())) ||
-            !replayProperty(child.value(), builder, logger)) {
-          return false;
-        }
-      }
-      return builder.endObject();
+      opened = true;
+      return builder.beginObject();
   }
   NOX_LOG_ERROR(
       logger, error::invalidData,
       "Unexpected type indicator for property of a dynamic object found: " << static_cast<int>(property.type()));
   return false;
+}
+
+// Replays a property tree as build events, without recursion: the parser bounds the
+// depth, but not below what a small stack holds frame by frame.
+bool replayProperty(const Property& root, AbstractObjectBuilder& builder, AbstractLogger* logger) {
+  struct OpenContainer {
+    const Property* container;
+    int next;  // the child to replay next
+  };
+  constexpr std::size_t maximumDepth = ProtobufDynamicObjectBuilder::getMaximumDepth();
+  Vector<OpenContainer> open;
+  for (const Property* property = &root;;) {
+    if (property != nullptr) {
+      const Property::ValueType type = property->type();
+      if ((type == Property::Array || type == Property::Object) && open.size() == maximumDepth) {
+        // Arrays take one message level each, so the parser lets deeper ones through; but
+        // what is read must be writable again.
+        return reportMalformedOrTooDeep(logger);
+      }
+      bool opened;
+      if (!replayValue(*property, builder, logger, opened)) return false;
+      if (opened) open.push_back({property, 0});
+      property = nullptr;
+    }
+    if (open.empty()) return true;
+    OpenContainer& top = open.back();
+    const bool isArray = top.container->type() == Property::Array;
+    const int count = isArray ? top.container->arrayvalue_size() : top.container->objectvalue_size();
+    if (top.next == count) {
+      open.pop_back();
+      if (!(isArray ? builder.endArray() : builder.endObject())) return false;
+    } else if (isArray) {
+      property = &top.container->arrayvalue(top.next++);
+      if (!builder.arrayChild()) return false;
+    } else {
+      const Property::NamedProperty& child = top.container->objectvalue(top.next++);
+      property = &child.value();
+      if (!builder.objectChild(child.key().data(), static_cast<unsigned int>(child.key().size()))) return false;
+    }
+  }
 }
 
 }  // namespace
@@ -385,10 +425,7 @@ bool deserializeDynamicObject(const char* data, unsigned int size, DynamicObject
   input.SetRecursionLimit(parserRecursionLimit);
   // Parsed partially, then checked, so that the runtime does not print its own report.
   if (!message->ParsePartialFromCodedStream(&input) || !input.ConsumedEntireMessage()) {
-    NOX_LOG_ERROR(logger, error::invalidData,
-                  "Unable to deserialize a dynamic object: malformed data or nesting deeper than "
-                      << ProtobufDynamicObjectBuilder::getMaximumDepth() << " levels");
-    return false;
+    return reportMalformedOrTooDeep(logger);
   }
   if (!message->IsInitialized()) {
     NOX_LOG_ERROR(logger, error::invalidData,

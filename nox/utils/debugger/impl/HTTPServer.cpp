@@ -262,6 +262,10 @@ int HTTPServer::answer(mg_connection* connection, const mg_request_info& request
   resources::Status status = resources::unknown;
   switch (method) {
     case get:
+      if (Uri::retrieveFirstPathSegment(resource, resourceLength, begin, end) &&
+          isSegment(resource, begin, end, "engines") && !hasSegmentAfter(resource, resourceLength, end)) {
+        return listEngines(reply);
+      }
       status = framework_.retrieveResource(resource, resourceLength, parameters, builder);
       break;
     case post:
@@ -330,6 +334,19 @@ bool HTTPServer::readBody(mg_connection* connection, DynamicObject& request) {
     if (!request.put(request.addChild(root, member.getKey()), body, member.getProperty())) return false;
   }
   return true;
+}
+
+int HTTPServer::listEngines(JsonHttpReply& reply) {
+  const Vector<InspectionFramework::EngineState> engines = framework_.listEngines();
+  const resources::Status written = impl::reply(reply.getBuilder(), [&engines](AbstractObjectBuilder& out) {
+    bool accepted = out.beginArray();
+    for (auto engine = engines.begin(); accepted && engine != engines.end(); ++engine) {
+      accepted = out.arrayChild() && out.beginObject() && out.objectChild("path") && out.string(engine->path.c_str()) &&
+                 out.objectChild("enabled") && out.boolean(engine->enabled) && out.endObject();
+    }
+    return accepted && out.endArray();
+  });
+  return written == resources::done ? JsonHttpReply::ok : JsonHttpReply::internalServerError;
 }
 
 int HTTPServer::switchEngines(const DynamicObject& board, JsonHttpReply& reply) {

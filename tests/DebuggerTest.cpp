@@ -37,6 +37,7 @@ using nox::utils::DynamicObject;
 using nox::utils::DynamicObjectBuilder;
 using nox::utils::StringTable;
 using nox::utils::Uri;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 
 // Writes the build events as compact JSON-like text and checks that every reply is
@@ -145,6 +146,14 @@ class DebuggerTest : public ::testing::Test {
 
   void registerEntities(std::vector<unsigned int> entities) {
     engine.onEntitiesRegistration(entities.data(), static_cast<unsigned int>(entities.size()));
+  }
+
+  std::vector<std::string> messages(char kind) const {
+    std::vector<std::string> found;
+    for (const auto& entry : logger.getEntries()) {
+      if (entry.kind == kind) found.push_back(entry.message.c_str());
+    }
+    return found;
   }
 
   StringTable strings;
@@ -321,11 +330,15 @@ TEST_F(DebuggerTest, DebugResourcesDescribeEntitiesAndContexts) {
                               "/debug/entities/99999999999", "/debug/sus", "/debug/suspend/now", "/debug/other"}) {
     EXPECT_EQ(get(unknown), "0") << unknown;
   }
-  EXPECT_EQ(recorder.count(), 0u);
+  // Entities and contexts named in a path come from a client: a missing one is a
+  // warning, never an assertion.
+  logger.clear();
   EXPECT_EQ(get("/debug/entities/7"), "0");
-  EXPECT_EQ(recorder.last(), "No entity #7");
   EXPECT_EQ(get("/debug/entities/3/contexts/2"), "0");
-  EXPECT_EQ(recorder.last(), "No context for entity #3 at index 2");
+  EXPECT_EQ(get("/debug/entities/1/contexts/0"), "0");
+  EXPECT_EQ(recorder.count(), 0u);
+  EXPECT_THAT(messages('w'), ElementsAre("No entity #7", "No context for entity #3 at index 2",
+                                         "No context for entity #1 at index 0"));
 
   // A refused event at any point is an error.
   for (int refuseAt = 0; refuseAt < 4; ++refuseAt) {
@@ -381,6 +394,25 @@ TEST_F(DebuggerTest, DebugCommandsArePosted) {
   EXPECT_EQ(post("/debug/suspend", memberOf("entity", integer(-1))), "1");
   EXPECT_EQ(post("/debug/suspend", memberOf("entity", integer(invalidEntity))), "2 null");
   EXPECT_TRUE(stepping.suspendAll);
+  EXPECT_EQ(post("/debug/resume"), "1");
+
+  // A selector that names no entity refuses the command instead of stopping every one.
+  logger.clear();
+  const Writer text = [](AbstractObjectBuilder& out) { out.string("5"); };
+  const Writer list = [](AbstractObjectBuilder& out) {
+    out.beginArray();
+    out.arrayChild();
+    out.integer(5);
+    out.endArray();
+  };
+  const Writer real = [](AbstractObjectBuilder& out) { out.real(5.0); };
+  const Writer none = [](AbstractObjectBuilder& out) { out.null(); };
+  for (const Writer& selector : {text, list, real, none, integer(std::int64_t(1) << 32)}) {
+    EXPECT_EQ(post("/debug/suspend", memberOf("entity", selector)), "1");
+  }
+  EXPECT_FALSE(stepping.hasStopCondition());
+  EXPECT_EQ(messages('w').size(), 5u);
+  EXPECT_EQ(messages('w').front(), "The \"entity\" of a suspend command must be an entity id.");
   EXPECT_EQ(post("/debug/suspend"), "2 null");
   EXPECT_EQ(post("/debug/resume"), "1");
   EXPECT_FALSE(stepping.hasStopCondition());
@@ -471,6 +503,7 @@ TEST_F(EventFrameworkTest, MalformedSubscriptionsAreRefusedAndWrongFiltersIgnore
   EXPECT_EQ(subscribe("breakpoint", integer(1)), "1");
   EXPECT_EQ(framework.getRequestRegistry().countRequests(), 0u);
 
+  // Values of the wrong kind make no filter; the subscription goes on without them.
   logger.clear();
   EXPECT_EQ(subscribe("suspension",
                       [](AbstractObjectBuilder& out) {
@@ -480,21 +513,62 @@ TEST_F(EventFrameworkTest, MalformedSubscriptionsAreRefusedAndWrongFiltersIgnore
                         out.objectChild("colour");
                         out.integer(1);
                         out.objectChild("entities");
-                        out.beginArray();
-                        out.arrayChild();
                         out.string("1");
-                        out.endArray();
                         out.endObject();
                       }),
             "2 {\"requestId\":1}");
   auto* request = static_cast<TargetSuspendRequest*>(framework.getRequestRegistry().findRequest(1));
   ASSERT_NE(request, nullptr);
   EXPECT_TRUE(request->getFilters().empty());
-  std::vector<std::string> warnings;
-  for (const auto& entry : logger.getEntries()) warnings.push_back(entry.message.c_str());
-  EXPECT_THAT(warnings, ElementsAre("Ignoring the unknown event filter 'colour'.",
-                                    "Ignoring the event filter 'entities': its value does not fit it.",
-                                    "Ignoring the event filter 'hitcount': its value does not fit it."));
+  EXPECT_THAT(messages('w'), ElementsAre("Ignoring the unknown event filter 'colour'.",
+                                         "Ignoring the event filter 'entities': its value does not fit it.",
+                                         "Ignoring the event filter 'hitcount': its value does not fit it."));
+
+  // A value of the right kind that makes no filter refuses the whole subscription: it
+  // would catch more than was asked for.
+  const auto filter = [](const char* name, const Writer& value) {
+    return [name, value](AbstractObjectBuilder& out) {
+      out.beginObject();
+      out.objectChild("hitcount");
+      out.integer(2);
+      out.objectChild(name);
+      value(out);
+      out.endObject();
+    };
+  };
+  const auto array = [](const Writer& element) {
+    return [element](AbstractObjectBuilder& out) {
+      out.beginArray();
+      out.arrayChild();
+      out.integer(1);
+      out.arrayChild();
+      element(out);
+      out.endArray();
+    };
+  };
+  const Writer notUri = [](AbstractObjectBuilder& out) { out.string("sim:agents/1 move"); };
+  const Writer text = [](AbstractObjectBuilder& out) { out.string("2"); };
+  logger.clear();
+  EXPECT_EQ(subscribe("breakpoint", filter("location", notUri)), "1");
+  EXPECT_EQ(subscribe("breakpoint", filter("entities", array(text))), "1");
+  EXPECT_EQ(subscribe("breakpoint", filter("entities", array(integer(-1)))), "1");
+  EXPECT_EQ(subscribe("breakpoint", filter("entities", array(integer(std::int64_t(1) << 32)))), "1");
+  EXPECT_EQ(subscribe("breakpoint", filter("hitcount", integer(std::int64_t(1) << 40))), "1");
+  EXPECT_EQ(framework.getRequestRegistry().countRequests(), 1u);
+  EXPECT_THAT(messages('w'), Contains("Refusing the subscription: no event filter 'location' can be made of its value."));
+  EXPECT_EQ(subscribe("breakpoint", filter("entities", array(integer(7)))), "2 {\"requestId\":2}");
+}
+
+TEST_F(EventFrameworkTest, SubscriptionsStopAtTheLimitUntilSomeAreCancelled) {
+  framework.setSubscriptionLimit(3);
+  for (int i = 1; i <= 3; ++i) EXPECT_EQ(subscribe("registration"), "2 {\"requestId\":" + std::to_string(i) + "}");
+  logger.clear();
+  EXPECT_EQ(subscribe("registration"), "1");
+  EXPECT_THAT(messages('w'), ElementsAre("Refusing the subscription: the framework already holds 3 subscriptions."));
+  EXPECT_EQ(framework.getRequestRegistry().countRequests(), 3u);
+  EXPECT_EQ(remove("/events/subscriptions/2"), "2 null");
+  EXPECT_EQ(subscribe("registration"), "2 {\"requestId\":4}");
+  EXPECT_EQ(framework.getSubscriptionLimit(), 3u);
 }
 
 TEST_F(EventFrameworkTest, SubscriptionsAreCancelledByHandleOrAllAtOnce) {

@@ -249,14 +249,20 @@ class SteppingEngine : public debugger::AbstractEngine {
 // The library, the server on a free port, and optionally the stepping engine.
 class InspectionHost {
  public:
+  // The port form: one worker thread, every interface.
   InspectionHost() {
-    nox::utils::initialize(nullptr);
-    nox::utils::Facilities::instance().setLogger(logger);
+    setUp();
     std::mt19937 random(std::random_device{}());
-    // Port 0 cannot be asked for through the server's options: try random ports.
+    // Port 0 cannot be asked for through the port form: try random ports.
     for (int attempt = 0; attempt < 100 && !framework().isHttpStarted(); ++attempt) {
       framework().startHttp(static_cast<unsigned short>(20000 + random() % 40000));
     }
+    logger.clear();
+  }
+  // The options form; the system chooses the port unless `options` names one.
+  explicit InspectionHost(const debugger::HttpOptions& options) {
+    setUp();
+    framework().startHttp(options);
     logger.clear();
   }
   ~InspectionHost() {
@@ -283,6 +289,11 @@ class InspectionHost {
   RecordingLogger logger;
 
  private:
+  void setUp() {
+    nox::utils::initialize(nullptr);
+    nox::utils::Facilities::instance().setLogger(logger);
+  }
+
   std::unique_ptr<SteppingEngine> engine_;
 };
 

@@ -4,4 +4,6 @@ namespace nox::utils::debugger {
 
 AbstractEventFilterCreator::~AbstractEventFilterCreator() = default;
 
+type::Type AbstractEventFilterCreator::getValueType() const { return type::null; }
+
 }  // namespace nox::utils::debugger

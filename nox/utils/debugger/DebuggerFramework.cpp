@@ -124,6 +124,17 @@ void DebuggerFramework::doDisable(bool& enabled) {
 }
 
 // ---- Resources.
+//
+// Fixed words of a path ("entities", "contexts", "suspend"...) match a whole segment
+// exactly: "suspended" or "entitiesX" name nothing, as clients expect, where a prefix
+// comparison over the segment's length would take them for the word.
+//
+// A client names entities and contexts in its paths, and a client's request is outside
+// input: an entity that is not registered, or a context index past the top of its stack,
+// is a warning ("No entity #" + id, "No context for entity #" + id + " at index " +
+// index) and the resource is unknown (404 over HTTP), never an assertion. An engine's
+// own code that breaks the contract (a push for an unregistered entity, a pop from an
+// empty stack) still meets the assertions of the framework.
 
 resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned int length, const DynamicObject&,
                                                       AbstractObjectBuilder& builder) {
@@ -144,6 +155,20 @@ resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned
     return reply(builder, [this](AbstractObjectBuilder& out) { return writeSuspension(out); });
   }
   return resources::unknown;
+}
+
+// A selector that is there but cannot name an entity refuses the command: falling back
+// to "suspend every entity" would stop what the client did not ask to stop.
+bool DebuggerFramework::readSelectedEntity(const DynamicObject& request, unsigned int& entity) const {
+  const unsigned int property = request.getType(request.getRoot()) == type::object ? request.getProperty("entity") : 0;
+  if (property == 0) return true;
+  const std::int64_t value = request.getType(property) == type::integer ? request.getInt(property) : -1;
+  if (value < 0 || value > std::numeric_limits<unsigned int>::max()) {
+    NOX_LOG_WARNING(framework_.getLogger(), "The \"entity\" of a suspend command must be an entity id.");
+    return false;
+  }
+  entity = static_cast<unsigned int>(value);
+  return true;
 }
 
 bool DebuggerFramework::writeSuspension(AbstractObjectBuilder& out) {
@@ -174,7 +199,7 @@ resources::Status DebuggerFramework::retrieveEntityResource(const char* path, un
   unsigned int entity = 0;
   if (!parseUnsigned(path + begin, end - begin, entity)) return resources::unknown;
   if (!framework_.isEntityRegistered(entity)) {
-    NOX_FAIL("No entity #" << entity);
+    NOX_LOG_WARNING(framework_.getLogger(), "No entity #" << entity);
     return resources::unknown;
   }
   // Below the entity: nothing, "contexts", or "contexts/<index>".
@@ -196,7 +221,7 @@ resources::Status DebuggerFramework::retrieveEntityResource(const char* path, un
   if (hasSegmentAfter(path, length, end)) return resources::unknown;
   const AbstractContext* context = index < framework_.countContexts(entity) ? getContext(entity, index) : nullptr;
   if (context == nullptr) {
-    NOX_FAIL("No context for entity #" << entity << " at index " << index);
+    NOX_LOG_WARNING(framework_.getLogger(), "No context for entity #" << entity << " at index " << index);
     return resources::unknown;
   }
   return reply(builder, [context](AbstractObjectBuilder& out) { return context->serialize(out); });
@@ -225,15 +250,9 @@ resources::Status DebuggerFramework::runCommand(const char* path, unsigned int b
                                                 const DynamicObject& request, AbstractObjectBuilder& builder) {
   bool accepted = false;
   if (isSegment(path, begin, end, "suspend")) {
-    const unsigned int property = request.getProperty("entity");
-    const type::Type kind = property != 0 ? request.getType(property) : type::null;
-    if (kind == type::integer || kind == type::real) {
-      const std::int64_t entity = request.getInt(property);
-      if (entity < 0 || entity > std::numeric_limits<unsigned int>::max()) return resources::error;
-      accepted = entity == invalidEntity ? suspend() : suspendEntity(static_cast<unsigned int>(entity));
-    } else {
-      accepted = suspend();
-    }
+    unsigned int entity = invalidEntity;
+    if (!readSelectedEntity(request, entity)) return resources::error;
+    accepted = entity == invalidEntity ? suspend() : suspendEntity(entity);
   } else if (isSegment(path, begin, end, "resume")) {
     accepted = resume();
   } else if (isSegment(path, begin, end, "stepin")) {

@@ -84,6 +84,9 @@ class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
   resources::Status runCommand(const char* path, unsigned int begin, unsigned int end, const DynamicObject& request,
                                AbstractObjectBuilder& reply);
   bool writeSuspension(AbstractObjectBuilder& reply);
+  // The entity a suspend command's "entity" selects (left as is when there is none);
+  // false when the member is there but holds no entity id.
+  bool readSelectedEntity(const DynamicObject& request, unsigned int& entity) const;
 
   impl::InspectionFrameworkImpl& framework_;
   ExecutionController controller_;

@@ -58,6 +58,8 @@ Vector<InspectionFramework::EngineState> InspectionFramework::listEngines() cons
 
 bool InspectionFramework::startHttp(unsigned short port) { return http_->start(port); }
 
+bool InspectionFramework::startHttp(const HttpOptions& options) { return http_->start(options); }
+
 bool InspectionFramework::isHttpStarted() const { return http_->isStarted(); }
 
 unsigned short InspectionFramework::getHttpPort() const { return http_->getPort(); }
@@ -82,5 +84,9 @@ resources::Status InspectionFramework::deleteResource(const char* path, unsigned
 bool InspectionFramework::unsubscribe(unsigned int handle) { return impl_->unsubscribe(handle); }
 
 void InspectionFramework::unsubscribeAll() { impl_->unsubscribeAll(); }
+
+unsigned int InspectionFramework::getSubscriptionLimit() const { return impl_->getSubscriptionLimit(); }
+
+void InspectionFramework::setSubscriptionLimit(unsigned int limit) { impl_->setSubscriptionLimit(limit); }
 
 }  // namespace nox::utils::debugger

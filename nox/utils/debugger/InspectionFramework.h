@@ -19,6 +19,7 @@
 #include <nox/utils/Export.h>
 #include <nox/utils/ScopedPtr.h>
 #include <nox/utils/String.h>
+#include <nox/utils/debugger/HttpOptions.h>
 #include <nox/utils/debugger/Status.h>
 
 namespace nox::utils {
@@ -85,11 +86,17 @@ class NOX_UTILS_API InspectionFramework {
 
   // ---- The HTTP server.
 
-  // Serves the resources on `port` (every local address) with one worker thread.
-  // False when it already runs or the port cannot be used.
+  // Serves the resources on `port` (every local address) with one worker thread and
+  // no access checks. False when it already runs or the port cannot be used.
   bool startHttp(unsigned short port);
+  // Serves the resources as `options` say (see HttpOptions for the safe defaults:
+  // loopback only, Host and Origin checks, several worker threads, bounded bodies and
+  // waits, an optional access token). False when it already runs, an option is
+  // invalid, or the address and port cannot be used.
+  bool startHttp(const HttpOptions& options);
   bool isHttpStarted() const;
-  // The port given to the last successful startHttp; 0 before.
+  // The port the server listens on since the last successful startHttp (the one the
+  // system chose for port 0 in the options form); 0 before.
   unsigned short getHttpPort() const;
   // Waits for the request being served, if any. Harmless when not started.
   void shutdownHttp();
@@ -107,6 +114,10 @@ class NOX_UTILS_API InspectionFramework {
   // Event subscriptions (the request registry's).
   bool unsubscribe(unsigned int handle);
   void unsubscribeAll();
+  // While the registry holds this many requests (1000 unless set), clients' new
+  // subscriptions are refused with a warning (400 over HTTP).
+  unsigned int getSubscriptionLimit() const;
+  void setSubscriptionLimit(unsigned int limit);
 
  private:
   Facilities& facilities_;

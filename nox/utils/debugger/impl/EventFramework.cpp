@@ -6,6 +6,7 @@
 #include <nox/utils/DynamicObjectIterator.h>
 #include <nox/utils/ScopedMutex.h>
 #include <nox/utils/debugger/AbstractEventFilter.h>
+#include <nox/utils/debugger/AbstractEventFilterCreator.h>
 #include <nox/utils/debugger/AbstractEventRequest.h>
 #include <nox/utils/debugger/Entity.h>
 #include <nox/utils/debugger/impl/InspectionFrameworkImpl.h>
@@ -112,17 +113,27 @@ resources::Status EventFramework::createResource(const char* path, unsigned int 
 }
 
 resources::Status EventFramework::subscribe(const DynamicObject& request, AbstractObjectBuilder& builder) {
+  AbstractLogger* logger = framework_.getLogger();
   const unsigned int typeProperty = request.getProperty("type");
   if (typeProperty == 0 || request.getType(typeProperty) != type::string) return resources::error;
   const char* typeName = request.getString(typeProperty);
   const std::int32_t kind = findEventKind(typeName, static_cast<unsigned int>(std::string_view(typeName).size()));
   if (kind < 0) return resources::error;
+  RequestRegistry& registry = framework_.getRequestRegistry();
+  if (registry.countRequests() >= framework_.getSubscriptionLimit()) {
+    NOX_LOG_WARNING(logger, "Refusing the subscription: the framework already holds "
+                                << framework_.getSubscriptionLimit() << " subscriptions.");
+    return resources::error;
+  }
   Vector<AbstractEventFilter*> filters;
   const unsigned int filtersProperty = request.getProperty("filters");
-  if (filtersProperty != 0 && !makeFilters(request, filtersProperty, filters)) return resources::error;
+  if (filtersProperty != 0 && !makeFilters(request, filtersProperty, filters)) {
+    for (AbstractEventFilter* filter : filters) NOX_DELETE(filter);
+    return resources::error;
+  }
   AbstractEventListener* listener = this;
-  const unsigned int handle = framework_.getRequestRegistry().subscribe(kind, &listener, 1, filters.data(),
-                                                                        static_cast<unsigned int>(filters.size()));
+  const unsigned int handle =
+      registry.subscribe(kind, &listener, 1, filters.data(), static_cast<unsigned int>(filters.size()));
   subscriptions_.push_back(handle);
   return reply(builder, [handle](AbstractObjectBuilder& out) {
     return out.beginObject() && out.objectChild("requestId") && out.integer(handle) && out.endObject();
@@ -142,11 +153,17 @@ bool EventFramework::makeFilters(const DynamicObject& request, unsigned int filt
       NOX_LOG_WARNING(logger, "Ignoring the unknown event filter '" << name << "'.");
       continue;
     }
-    if (AbstractEventFilter* filter = creator->create(request, member.getProperty(), logger)) {
-      made.push_back(filter);
-    } else {
+    const type::Type expected = creator->getValueType();
+    if (expected != type::null && request.getType(member.getProperty()) != expected) {
       NOX_LOG_WARNING(logger, "Ignoring the event filter '" << name << "': its value does not fit it.");
+      continue;
     }
+    AbstractEventFilter* filter = creator->create(request, member.getProperty(), logger);
+    if (filter == nullptr) {
+      NOX_LOG_WARNING(logger, "Refusing the subscription: no event filter '" << name << "' can be made of its value.");
+      return false;
+    }
+    made.push_back(filter);
   }
   return true;
 }

@@ -1,11 +1,13 @@
-// The wire side of the inspection framework: an embedded CivetWeb server whose single
-// worker thread turns each HTTP request into one resource call of the framework and
-// writes the resource's JSON back.
+// The wire side of the inspection framework: an embedded CivetWeb server whose worker
+// threads hand each HTTP request to an HttpRequestHandler, which turns it into one
+// resource call of the framework and writes the resource's JSON back. startHttp(port)
+// serves on every interface with one worker thread and no access checks; the options
+// form serves as its HttpOptions say (loopback, several threads, checks and limits).
 //
 //   GET|POST|DELETE|OPTIONS /api/<engine path>/<resource...>?<query>
 //
 // The first segment may also be the library version ("/0.4.0/debug"). The query
-// becomes a DynamicObject of parameters; the members of a POST body (JSON) join them,
+// becomes a DynamicObject of parameters; the members of a POST body (a JSON object) join them,
 // replacing parameters of the same name. POST /api/engines is the engine switch
 // board: {"events": true, "debug": 0} enables and disables engines by path, and
 // GET /api/engines lists them: [{"path":"debug","enabled":true},...] in registration
@@ -21,15 +23,11 @@
 #pragma once
 
 #include <nox/utils/ScopedPtr.h>
-#include <nox/utils/debugger/Status.h>
+#include <nox/utils/String.h>
+#include <nox/utils/debugger/HttpOptions.h>
 
 struct mg_connection;
 struct mg_context;
-struct mg_request_info;
-
-namespace nox::utils {
-class DynamicObject;
-}
 
 namespace nox::utils::debugger {
 class InspectionFramework;
@@ -38,7 +36,7 @@ class InspectionFramework;
 namespace nox::utils::debugger::impl {
 
 class EventFramework;
-class JsonHttpReply;
+class HttpRequestHandler;
 
 class HTTPServer {
  public:
@@ -51,27 +49,23 @@ class HTTPServer {
 
   // Listens on `port` and registers the event engine ("events") with the framework.
   bool start(unsigned short port);
+  // The same, listening and checking requests as `options` say.
+  bool start(const HttpOptions& options);
   // Waits for the request in progress, then unregisters the event engine.
   void shutdown();
   bool isStarted() const { return context_ != nullptr; }
   unsigned short getPort() const { return port_; }
 
  private:
-  enum Method { get = 0, post = 1, del = 2, options = 3, unsupported = 4 };
-
   static int onBeginRequest(mg_connection* connection);
   static int onLogMessage(const mg_connection* connection, const char* message);
 
-  void handleRequest(mg_connection* connection, const mg_request_info& request);
-  // The status index of the reply, its body written into `reply`.
-  int answer(mg_connection* connection, const mg_request_info& request, Method method, JsonHttpReply& reply);
-  // The status index for the resource layer's answer; `reportedErrors` when handling the
-  // request reported an error.
-  int replyTo(resources::Status status, Method method, const char* resource, bool reportedErrors, JsonHttpReply& reply);
-  bool readBody(mg_connection* connection, DynamicObject& request);
-  // GET /api/engines: every registered engine with its path and whether it is enabled.
-  int listEngines(JsonHttpReply& reply);
-  int switchEngines(const DynamicObject& board, JsonHttpReply& reply);
+  // Reports the running server when it runs.
+  bool isRunningAlready() const;
+  // Starts CivetWeb with `options` (name and value pairs, then null), the event engine
+  // and `handler` (made with NOX_NEW, owned from here on); `port` is the one asked for,
+  // reported on failure.
+  bool launch(const char** options, unsigned short port, HttpRequestHandler* handler);
 
   void registerEventEngine();
   void unregisterEventEngine();
@@ -79,7 +73,10 @@ class HTTPServer {
   InspectionFramework& framework_;
   mg_context* context_ = nullptr;
   unsigned short port_ = 0;
+  // Where the server listens (for the stop's knocker); loopback for the port form.
+  String address_;
   ScopedPtr<EventFramework> events_;
+  ScopedPtr<HttpRequestHandler> handler_;
 };
 
 }  // namespace nox::utils::debugger::impl

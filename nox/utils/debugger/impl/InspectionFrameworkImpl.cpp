@@ -28,6 +28,7 @@ namespace {
 // "entities": an array of entity ids.
 class EntitiesFilterCreator : public AbstractEventFilterCreator {
  public:
+  type::Type getValueType() const override { return type::array; }
   AbstractEventFilter* create(const DynamicObject& data, unsigned int property, AbstractLogger*) const override {
     if (data.getType(property) != type::array) return nullptr;
     Vector<unsigned int> entities;
@@ -45,6 +46,7 @@ class EntitiesFilterCreator : public AbstractEventFilterCreator {
 // "location": the text of a Uri.
 class LocationFilterCreator : public AbstractEventFilterCreator {
  public:
+  type::Type getValueType() const override { return type::string; }
   AbstractEventFilter* create(const DynamicObject& data, unsigned int property, AbstractLogger* logger) const override {
     if (data.getType(property) != type::string) return nullptr;
     Uri location;
@@ -56,6 +58,7 @@ class LocationFilterCreator : public AbstractEventFilterCreator {
 // "hitcount": the count of a filter that passes from that hit on.
 class HitCountFilterCreator : public AbstractEventFilterCreator {
  public:
+  type::Type getValueType() const override { return type::integer; }
   AbstractEventFilter* create(const DynamicObject& data, unsigned int property, AbstractLogger*) const override {
     if (data.getType(property) != type::integer) return nullptr;
     const std::int64_t count = data.getInt(property);

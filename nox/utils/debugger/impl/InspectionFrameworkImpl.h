@@ -20,6 +20,7 @@
 #include <nox/utils/debugger/RequestRegistry.h>
 #include <nox/utils/debugger/Status.h>
 
+#include <atomic>
 #include <cstdint>
 
 namespace nox::utils {
@@ -86,6 +87,10 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   EventFilterCreatorFactory& getEventFilterCreatorFactory() { return filterCreators_; }
   // The stop conditions; the caller holds the framework mutex.
   SteppingState& getSteppingState() { return stepping_; }
+  // How many requests the registry may hold before clients' subscriptions are refused:
+  // each one costs every event of every engine a little.
+  unsigned int getSubscriptionLimit() const { return subscriptionLimit_; }
+  void setSubscriptionLimit(unsigned int limit) { subscriptionLimit_ = limit; }
 
   // ---- Engines. Registration attaches the engine to the facade.
 
@@ -183,6 +188,7 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   Map<std::uint64_t, AbstractEngine*> engines_;
   // The same engines, in the order they were registered: clients list them that way.
   Vector<AbstractEngine*> registrationOrder_;
+  std::atomic<unsigned int> subscriptionLimit_{1000};
 };
 
 }  // namespace nox::utils::debugger::impl

@@ -1,8 +1,7 @@
 #include <nox/utils/debugger/impl/JsonHttpReply.h>
 
 #include <nox/utils/AbstractLogger.h>
-
-#include <civetweb.h>
+#include <nox/utils/debugger/impl/HttpRequest.h>
 
 #include <cstdio>
 
@@ -34,7 +33,7 @@ const StatusLine& findStatusLine(int status) {
 
 }  // namespace
 
-JsonHttpReply::JsonHttpReply(mg_connection* connection, AbstractLogger* logger)
+JsonHttpReply::JsonHttpReply(AbstractHttpConnection& connection, AbstractLogger* logger)
     : connection_(connection), builder_(*this, false) {
   builder_.setLogger(logger);
 }
@@ -66,7 +65,7 @@ bool JsonHttpReply::send(int status) {
   String message(header, static_cast<std::size_t>(headerLength));
   message += body;
   clearBody();
-  return mg_write(connection_, message.data(), message.size()) == static_cast<int>(message.size());
+  return connection_.write(message.data(), message.size());
 }
 
 bool JsonHttpReply::write(const char* data, unsigned int size, AbstractLogger* logger) {

@@ -10,9 +10,9 @@
 #include <nox/utils/JsonObjectBuilder.h>
 #include <nox/utils/String.h>
 
-struct mg_connection;
-
 namespace nox::utils::debugger::impl {
+
+class AbstractHttpConnection;
 
 class JsonHttpReply : public AbstractDataInputOutput {
  public:
@@ -31,7 +31,7 @@ class JsonHttpReply : public AbstractDataInputOutput {
   };
 
   // `connection` must outlive the reply; `logger` receives the stream's reports.
-  JsonHttpReply(mg_connection* connection, AbstractLogger* logger);
+  JsonHttpReply(AbstractHttpConnection& connection, AbstractLogger* logger);
   ~JsonHttpReply();
 
   JsonHttpReply(const JsonHttpReply&) = delete;
@@ -56,7 +56,7 @@ class JsonHttpReply : public AbstractDataInputOutput {
   bool read(char* buffer, unsigned int& size, AbstractLogger* logger) override;
 
  private:
-  mg_connection* connection_;
+  AbstractHttpConnection& connection_;
   OStringStream body_;
   JsonObjectBuilder builder_;
 };

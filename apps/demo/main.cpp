@@ -90,7 +90,8 @@ void logAssertion(const char* file, unsigned int line, const char* message) {
 
 void printWelcome(const Options& options) {
   const std::string base = "http://127.0.0.1:" + std::to_string(options.port);
-  std::cout << "nox-demo: " << options.entities << " agents, inspection API on " << base << "/api\n"
+  std::cout << "Inspector: " << base << "/inspector/\n"
+            << "nox-demo: " << options.entities << " agents, inspection API on " << base << "/api\n"
             << "Try:\n"
             << "  curl " << base << "/api/debug/entities\n"
             << "  curl -X POST " << base << "/api/debug/suspend -d '{\"entity\":2}'\n"
@@ -127,7 +128,10 @@ int main(int argc, char** argv) {
                              static_cast<unsigned int>(options.tickMilliseconds), options.ticks,
                              [] { kill(getpid(), SIGUSR1); });
     if (nox::demo::SimEngine::registerTypes(facilities.getTypeManager(), &logger) && inspection.registerEngine(sim)) {
-      if (inspection.startHttp(static_cast<unsigned short>(options.port)) && sim.start()) {
+      nox::utils::debugger::HttpOptions http;
+      http.port = static_cast<unsigned short>(options.port);
+      http.serveInspector = true;
+      if (inspection.startHttp(http) && sim.start()) {
         printWelcome(options);
         int received = 0;
         sigwait(&signals, &received);

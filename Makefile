@@ -8,7 +8,7 @@ SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 
-.PHONY: all deps build test ci ci-release ci-asan ci-tsan bench install demo clean
+.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan bench install demo clean
 
 all: build
 
@@ -24,14 +24,22 @@ build: deps $(BUILD)/release/CMakeCache.txt
 test: build
 	cd $(BUILD)/release && ctest --output-on-failure -j $(JOBS)
 
-# CI: the release build's tests, the same tests built with ASan and UBSan, then the
-# threaded tests built with TSan.
-ci: deps ci-release ci-asan ci-tsan
+# The inspector page in headless Chromium against the release build's nox-demo;
+# screenshots in $(BUILD)/release/ui-artifacts.
+ui-test: build
+	bash tests/ui/run.sh $(BUILD)/release
+
+# CI: the release build's tests and browser tests, the same tests built with ASan and
+# UBSan, then the threaded tests built with TSan.
+ci: deps ci-release ci-ui ci-asan ci-tsan
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
 	cmake --build $(BUILD)/ci-release -j $(JOBS)
 	cd $(BUILD)/ci-release && ctest --output-on-failure -j $(JOBS)
+
+ci-ui: ci-release
+	bash tests/ui/run.sh $(BUILD)/ci-release
 
 ci-asan:
 	cmake -S . -B $(BUILD)/ci-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \

@@ -1,7 +1,15 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, tests and benchmarks need.
-# Idempotent: does nothing when every package is already present.
+# Installs the Debian packages the build, tests and benchmarks need, then the npm
+# packages of the test folders that use them.
+# Idempotent: does nothing when every package is already present and every npm test
+# folder's node_modules matches its lock file.
 set -euo pipefail
+cd "$(dirname "$0")/.."
+
+# Test folders with a package.json and package-lock.json, installed with `npm ci`.
+npm_test_folders=(
+  tests/ui
+)
 
 packages=(
   build-essential cmake ninja-build pkg-config curl
@@ -13,6 +21,7 @@ packages=(
   libbenchmark-dev
   rapidjson-dev nlohmann-json3-dev
   wrk
+  chromium
 )
 
 missing=()
@@ -21,17 +30,30 @@ for package in "${packages[@]}"; do
     missing+=("$package")
   fi
 done
-
-if [ ${#missing[@]} -eq 0 ]; then
-  exit 0
+# Node.js for the end-to-end tests: Debian's, unless a node with npm is already there.
+if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+  missing+=(nodejs npm)
 fi
 
-sudo=""
-if [ "$(id -u)" -ne 0 ]; then
-  sudo="sudo"
+if [ ${#missing[@]} -gt 0 ]; then
+  sudo=""
+  if [ "$(id -u)" -ne 0 ]; then
+    sudo="sudo"
+  fi
+  echo "Installing: ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -qq
+  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
-echo "Installing: ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+# `npm ci` leaves a copy of the lock file it installed from; a folder whose copy still
+# matches is up to date. Browsers come from Debian (chromium), never from npm.
+for folder in "${npm_test_folders[@]}"; do
+  stamp="$folder/node_modules/.installed-package-lock.json"
+  if cmp -s "$folder/package-lock.json" "$stamp"; then
+    continue
+  fi
+  echo "npm ci in $folder"
+  (cd "$folder" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund --loglevel=error)
+  cp "$folder/package-lock.json" "$stamp"
+done

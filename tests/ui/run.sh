@@ -13,16 +13,12 @@ if [ ! -x "$demo" ]; then
   echo "ui tests: no nox-demo in $build (build it first)" >&2
   exit 1
 fi
-if [ ! -x /usr/bin/chromium ] || ! command -v node >/dev/null; then
-  echo "ui tests: Chromium or Node.js is missing (make deps installs them)" >&2
+if [ ! -x /usr/bin/chromium ] || ! command -v node >/dev/null || [ ! -d "$here/node_modules/playwright-core" ]; then
+  echo "ui tests: Chromium, Node.js or playwright-core is missing (make deps installs them)" >&2
   exit 1
 fi
 
 cd "$here"
-# The pinned packages, installed again only when the lock file changed.
-if [ ! -f node_modules/.package-lock.json ] || [ package-lock.json -nt node_modules/.package-lock.json ]; then
-  PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund
-fi
 
 rm -rf "$build/ui-artifacts"
 NOX_DEMO=$demo UI_ARTIFACTS=$build/ui-artifacts \

@@ -8,7 +8,7 @@ SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 
-.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan bench install demo clean
+.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan ci-fuzz fuzz fuzz-build bench install demo clean
 
 all: build
 
@@ -30,8 +30,8 @@ ui-test: build
 	bash tests/ui/run.sh $(BUILD)/release
 
 # CI: the release build's tests and browser tests, the same tests built with ASan and
-# UBSan, then the threaded tests built with TSan.
-ci: deps ci-release ci-ui ci-asan ci-tsan
+# UBSan, the threaded tests built with TSan, then a short fuzzing pass.
+ci: deps ci-release ci-ui ci-asan ci-tsan ci-fuzz
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
@@ -55,6 +55,23 @@ ci-tsan:
 		-DNOX_UTILS_SANITIZE=thread -DNOX_UTILS_BUILD_BENCH=OFF -DNOX_UTILS_BUILD_APPS=OFF
 	cmake --build $(BUILD)/ci-tsan -j $(JOBS) --target nox_utils_tests
 	cd $(BUILD)/ci-tsan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS) -R '$(THREADED_TESTS)'
+
+# Fuzzing: the library and the libFuzzer programs of tests/fuzz, built with clang, ASan
+# and UBSan. `make fuzz` runs each target for FUZZ_SECONDS; new failing inputs land in
+# tests/fuzz/regressions/<target>, which every normal build replays.
+FUZZ_SECONDS ?= 60
+CI_FUZZ_SECONDS ?= 20
+
+fuzz-build: deps
+	cmake -S . -B $(BUILD)/fuzz -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+		-DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHARED_LIBS=OFF -DNOX_UTILS_FUZZ=ON
+	cmake --build $(BUILD)/fuzz -j $(JOBS)
+
+fuzz: fuzz-build
+	bash scripts/fuzz.sh $(BUILD)/fuzz $(FUZZ_SECONDS)
+
+ci-fuzz: fuzz-build
+	bash scripts/fuzz.sh $(BUILD)/fuzz $(CI_FUZZ_SECONDS)
 
 bench: deps
 	cmake -S . -B $(BUILD)/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=ON \

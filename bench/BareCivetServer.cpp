@@ -1,9 +1,10 @@
-// The floor of the inspection server's load test: CivetWeb alone, started with the same
-// options (one worker thread), answering every request with a fixed JSON body in the
-// same reply format. What the inspection server adds on top (path and query parsing,
-// the framework's dispatch, JSON building) is measured against it.
+// The floor of the inspection server's load test: CivetWeb alone, listening on loopback
+// with the given number of worker threads, answering every request with a fixed JSON
+// body in the same reply format. What the inspection server adds on top (access checks,
+// path and query parsing, the framework's dispatch, JSON building) is measured against
+// it.
 //
-//   nox_bare_civet_server PORT     serves until SIGINT or SIGTERM
+//   nox_bare_civet_server THREADS PORT     serves until SIGINT or SIGTERM
 #include <civetweb.h>
 
 #include <csignal>
@@ -34,10 +35,12 @@ int answer(mg_connection* connection) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: nox_bare_civet_server PORT\n");
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: nox_bare_civet_server THREADS PORT\n");
     return 2;
   }
+  char listening[32];
+  std::snprintf(listening, sizeof listening, "127.0.0.1:%s", argv[2]);
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);
@@ -48,13 +51,13 @@ int main(int argc, char** argv) {
   std::memset(&callbacks, 0, sizeof callbacks);
   callbacks.begin_request = &answer;
   const char* options[] = {
-      "enable_directory_listing", "false", "listening_ports", argv[1], "num_threads", "1", nullptr};
+      "enable_directory_listing", "false", "listening_ports", listening, "num_threads", argv[1], nullptr};
   mg_context* context = mg_start(&callbacks, nullptr, options);
   if (context == nullptr) {
-    std::fprintf(stderr, "nox_bare_civet_server: cannot listen on port %s\n", argv[1]);
+    std::fprintf(stderr, "nox_bare_civet_server: cannot listen on %s\n", listening);
     return 1;
   }
-  std::printf("nox_bare_civet_server: listening on port %s\n", argv[1]);
+  std::printf("nox_bare_civet_server: listening on %s\n", listening);
   std::fflush(stdout);
   int received = 0;
   sigwait(&signals, &received);

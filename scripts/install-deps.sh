@@ -21,6 +21,7 @@ packages=(
   libbenchmark-dev
   rapidjson-dev nlohmann-json3-dev
   wrk
+  clang libclang-rt-dev
   chromium
 )
 

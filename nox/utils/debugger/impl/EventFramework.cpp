@@ -67,6 +67,10 @@ Vector<EventFramework::Event> EventFramework::getEvents() const {
 }
 
 // ---- Resources.
+//
+// The fixed word "subscriptions" matches a whole path segment exactly, as clients
+// expect: "subscription" or "subscriptionsX" is not it (a prefix comparison over the
+// segment's length would take them for it).
 
 resources::Status EventFramework::retrieveResource(const char* path, unsigned int length, const DynamicObject&,
                                                    AbstractObjectBuilder& builder) {

@@ -27,16 +27,27 @@ namespace {
 // A CivetWeb connection as the request handler sees it.
 class CivetConnection final : public AbstractHttpConnection {
  public:
-  explicit CivetConnection(mg_connection* connection) : connection_(connection) {}
+  explicit CivetConnection(mg_connection* connection)
+      : connection_(connection), lengthKnown_(mg_get_request_info(connection)->content_length >= 0) {}
 
-  // CivetWeb answers 0 at the end of the body and below 0 when a read times out.
-  int readBody(char* buffer, std::size_t size) override { return mg_read(connection_, buffer, size); }
+  // CivetWeb answers 0 at the end of the body, and 0 or below 0 when a read times out.
+  // For a body of known length it gives fewer bytes than asked only when the client
+  // closed or went quiet past the timeout: nothing more will come, and asking again
+  // would wait out the timeout once more while other clients may be waiting.
+  int readBody(char* buffer, std::size_t size) override {
+    if (ended_) return -1;
+    const int read = mg_read(connection_, buffer, size);
+    ended_ = lengthKnown_ && read >= 0 && static_cast<std::size_t>(read) < size;
+    return read;
+  }
   bool write(const char* data, std::size_t size) override {
     return mg_write(connection_, data, size) == static_cast<int>(size);
   }
 
  private:
   mg_connection* connection_;
+  const bool lengthKnown_;
+  bool ended_ = false;
 };
 
 std::string_view orEmpty(const char* text) { return text != nullptr ? std::string_view(text) : std::string_view(); }

@@ -8,7 +8,7 @@ SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 
-.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan ci-fuzz fuzz fuzz-build bench install demo clean
+.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install demo clean
 
 all: build
 
@@ -29,9 +29,10 @@ test: build
 ui-test: build
 	bash tests/ui/run.sh $(BUILD)/release
 
-# CI: the release build's tests and browser tests, the same tests built with ASan and
-# UBSan, the threaded tests built with TSan, then a short fuzzing pass.
-ci: deps ci-release ci-ui ci-asan ci-tsan ci-fuzz
+# CI: the release build's tests, the inspector page in a browser, nox-dap driven by a
+# real protocol client, the same tests built with ASan and UBSan, the threaded tests
+# built with TSan, then a short fuzzing pass.
+ci: deps ci-release ci-ui dap-test ci-asan ci-tsan ci-fuzz
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
@@ -46,6 +47,18 @@ ci-asan:
 		-DNOX_UTILS_SANITIZE=address,undefined -DNOX_UTILS_BUILD_BENCH=OFF
 	cmake --build $(BUILD)/ci-asan -j $(JOBS)
 	cd $(BUILD)/ci-asan && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS)
+
+# nox-dap end to end: a Debug Adapter Protocol client (tests/dap, node's test runner)
+# drives nox-dap against a real nox-demo on a free loopback port. The protocol
+# transcript of the whole session test is left in the build directory.
+DAP_BUILD ?= $(BUILD)/ci-release
+
+dap-test: deps
+	@[ -f $(DAP_BUILD)/CMakeCache.txt ] || cmake -S . -B $(DAP_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release \
+		-DNOX_UTILS_BUILD_BENCH=OFF
+	cmake --build $(DAP_BUILD) -j $(JOBS) --target nox-dap nox-demo
+	cd tests/dap && NOX_DAP=$(abspath $(DAP_BUILD))/apps/dap/nox-dap NOX_DEMO=$(abspath $(DAP_BUILD))/apps/demo/nox-demo \
+		NOX_DAP_TRANSCRIPT=$(abspath $(DAP_BUILD))/dap-transcript.log timeout 600 node --test
 
 # Suites whose tests run several threads against each other.
 THREADED_TESTS := ^(Threading|DebuggerThreaded|HttpServer|Inspection)

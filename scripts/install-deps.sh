@@ -8,6 +8,7 @@ cd "$(dirname "$0")/.."
 
 # Test folders with a package.json and package-lock.json, installed with `npm ci`.
 npm_test_folders=(
+  tests/dap
   tests/ui
 )
 

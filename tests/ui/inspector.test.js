@@ -1,8 +1,8 @@
 // The inspector page in headless Chromium against a real nox-demo: it loads cleanly,
 // lists the demo's entities, suspends one and shows its stack and a context, steps in,
 // over and out, stops at a breakpoint and lists its event, and shows "disconnected"
-// while the host is down and recovers when it is back. Screenshots of the main states
-// go to UI_ARTIFACTS.
+// while the host is down and recovers when it is back; a host that requires a token
+// gets it asked once per tab. Screenshots of the main states go to UI_ARTIFACTS.
 //
 //   NOX_DEMO=build/release/apps/demo/nox-demo UI_ARTIFACTS=build/ui node --test
 
@@ -36,12 +36,34 @@ async function until(what, check, timeout = WAIT_MS) {
   }
 }
 
+// Headless Chromium with a fresh profile, one page of 1280x800 whose console errors and
+// uncaught exceptions land in `errors`, and close() that ends both.
+async function openBrowser(errors) {
+  const profile = fs.mkdtempSync(path.join(os.tmpdir(), 'nox-inspector-chromium-'));
+  const args = ['--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+    '--disable-component-update', '--disable-sync'];
+  if (process.getuid?.() === 0) args.push('--no-sandbox');
+  const browser = await chromium.launchPersistentContext(profile, {
+    executablePath: chromiumPath, headless: true, args, timeout: 30000, viewport: { width: 1280, height: 800 },
+  });
+  const page = browser.pages()[0] ?? await browser.newPage();
+  page.setDefaultTimeout(WAIT_MS);
+  page.on('console', (message) => {
+    if (message.type() === 'error') errors.push(message.text());
+  });
+  page.on('pageerror', (error) => errors.push(error.message));
+  const close = async () => {
+    await browser.close();
+    fs.rmSync(profile, { recursive: true, force: true, maxRetries: 5 });
+  };
+  return { page, close };
+}
+
 describe('inspector page', { timeout: 100000 }, () => {
   const demo = new Demo(demoBinary, ['--tick-ms', '20']);
   const consoleErrors = [];
-  let browser;
+  let closeBrowser;
   let page;
-  let profile;
 
   const status = () => page.getByRole('status');
   const list = (name) => page.getByRole('list', { name, exact: true });
@@ -69,26 +91,12 @@ describe('inspector page', { timeout: 100000 }, () => {
     assert.ok(demoBinary, 'NOX_DEMO names the nox-demo program');
     fs.mkdirSync(artifacts, { recursive: true });
     await demo.start();
-    profile = fs.mkdtempSync(path.join(os.tmpdir(), 'nox-inspector-chromium-'));
-    const args = ['--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
-      '--disable-component-update', '--disable-sync'];
-    if (process.getuid?.() === 0) args.push('--no-sandbox');
-    // A fresh profile (--user-data-dir) every run.
-    browser = await chromium.launchPersistentContext(profile, {
-      executablePath: chromiumPath, headless: true, args, timeout: 30000, viewport: { width: 1280, height: 800 },
-    });
-    page = browser.pages()[0] ?? await browser.newPage();
-    page.setDefaultTimeout(WAIT_MS);
-    page.on('console', (message) => {
-      if (message.type() === 'error') consoleErrors.push(message.text());
-    });
-    page.on('pageerror', (error) => consoleErrors.push(error.message));
+    ({ page, close: closeBrowser } = await openBrowser(consoleErrors));
   });
 
   after(async () => {
-    await browser?.close();
+    await closeBrowser?.();
     await demo.stop();
-    if (profile) fs.rmSync(profile, { recursive: true, force: true });
   });
 
   test('the demo prints the page first, and the page loads with no console error', async () => {
@@ -205,5 +213,47 @@ describe('inspector page', { timeout: 100000 }, () => {
     await waitForStatus('running');
     await until('the entities again', async () => (await list('Entities').getByRole('listitem').count()) === 4);
     await shoot('06-recovered');
+  });
+});
+
+describe('inspector page of a host that requires a token', { timeout: 60000 }, () => {
+  const demo = new Demo(demoBinary, ['--tick-ms', '20', '--token', 's3cret']);
+  let closeBrowser;
+  let page;
+
+  before(async () => {
+    await demo.start();
+    ({ page, close: closeBrowser } = await openBrowser([]));
+  });
+
+  after(async () => {
+    await closeBrowser?.();
+    await demo.stop();
+  });
+
+  test('asks for the token once, sends it, and keeps it for the tab only', async () => {
+    const requests = [];
+    page.on('request', (request) => requests.push(request));
+    await page.goto(`${demo.url}/inspector/`);
+    const dialog = page.getByRole('dialog');
+    await dialog.waitFor();
+    await page.getByRole('textbox', { name: 'Access token' }).fill('wrong');
+    await page.getByRole('button', { name: 'Connect' }).click();
+    await until('the wrong token refused', async () => (await page.locator('#token-reason').textContent()).includes('refused'));
+    await page.screenshot({ path: path.join(artifacts, '07-token.png') });
+    await page.getByRole('textbox', { name: 'Access token' }).fill('s3cret');
+    await page.getByRole('button', { name: 'Connect' }).click();
+    await until('the entities', async () => (await page.getByRole('list', { name: 'Entities' }).getByRole('listitem').count()) === 4);
+    assert.equal(await dialog.isVisible(), false);
+
+    // A reload of the tab asks nothing; the token never shows in a URL.
+    await page.reload();
+    await until('the entities after a reload', async () =>
+      (await page.getByRole('list', { name: 'Entities' }).getByRole('listitem').count()) === 4);
+    assert.equal(await dialog.isVisible(), false);
+    assert.ok(requests.every((request) => !request.url().includes('s3cret')));
+    const apiCalls = requests.filter((request) => new URL(request.url()).pathname.startsWith('/api/'));
+    assert.ok(apiCalls.length > 0);
+    assert.equal(await apiCalls.at(-1).headerValue('authorization'), 'Bearer s3cret');
   });
 });

@@ -31,7 +31,8 @@ function onRefreshFailed(error) {
     if (store.get().connection !== 'disconnected') refresher.forgetEvents();
     store.update({ connection: 'disconnected' });
   } else if (error.unauthorized) {
-    store.update({ connection: 'connected' });
+    // Nothing can be read until the user gives the token.
+    store.update({ connection: 'connecting' });
     askToken(currentToken() ? 'The host refused the access token: enter the right one.'
       : 'This host asks for an access token.');
   } else {

@@ -22,4 +22,4 @@ cd "$here"
 
 rm -rf "$build/ui-artifacts"
 NOX_DEMO=$demo UI_ARTIFACTS=$build/ui-artifacts \
-  timeout 300 node --test --test-concurrency=1 --test-timeout=150000 inspector.test.js
+  timeout 300 node --test --test-concurrency=1 --test-timeout=150000 poller.test.js inspector.test.js

@@ -79,11 +79,18 @@ export function fillChoice(item, { index, text, current, badge }) {
   button.setAttribute('aria-current', current ? 'true' : 'false');
   let badgeSpan = button.querySelector('.item-badge');
   if (badge && !badgeSpan) {
+    // Read as "entity 2, stopped" rather than "entity 2stopped".
+    const separator = document.createElement('span');
+    separator.className = 'visually-hidden';
+    separator.textContent = ', ';
     badgeSpan = document.createElement('span');
     badgeSpan.className = 'item-badge';
+    badgeSpan.append(separator, document.createTextNode(''));
     button.append(badgeSpan);
   }
-  if (badgeSpan) {
-    if (!badge) badgeSpan.remove(); else if (badgeSpan.textContent !== badge) badgeSpan.textContent = badge;
+  if (!badge) {
+    badgeSpan?.remove();
+  } else if (badgeSpan.lastChild.textContent !== badge) {
+    badgeSpan.lastChild.textContent = badge;
   }
 }

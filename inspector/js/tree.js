@@ -21,9 +21,18 @@ export class TreeView {
     const text = value === undefined ? undefined : JSON.stringify(value);
     if (text === this.rendered) return;
     this.rendered = text;
-    const focusedPath = this.host.contains(document.activeElement) ? document.activeElement.dataset.path : null;
+    const hadFocus = this.host.contains(document.activeElement);
+    const focusedPath = hadFocus ? document.activeElement.dataset.path ?? null : null;
     this.host.replaceChildren();
-    if (value === undefined) return;
+    if (value === undefined) {
+      // The focus stays in the panel rather than falling back to the page.
+      const panel = this.host.closest('section');
+      if (hadFocus && panel) {
+        panel.tabIndex = -1;
+        panel.focus();
+      }
+      return;
+    }
     const tree = document.createElement('ul');
     tree.className = 'tree';
     tree.setAttribute('role', 'tree');

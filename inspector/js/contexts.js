@@ -13,7 +13,9 @@ export function mountContexts(store, actions) {
   const tree = new TreeView(document.getElementById('details-tree'), 'Context values');
   makeChoiceList(list);
 
-  store.subscribe((state) => {
+  store.subscribe((state, previous) => {
+    if (previous && ['contexts', 'selectedContext', 'selectedEntity', 'details']
+      .every((key) => previous[key] === state[key])) return;
     entityTitle.textContent = state.selectedEntity === null ? '' : `entity ${state.selectedEntity}`;
     emptyHint.textContent = state.selectedEntity === null
       ? 'Select an entity to see its context stack, top first.'

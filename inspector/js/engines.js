@@ -18,7 +18,12 @@ export function mountEngines(store, actions) {
       const input = document.createElement('input');
       input.type = 'checkbox';
       input.setAttribute('role', 'switch');
-      input.addEventListener('change', () => actions.switchEngine(engine.path, input.checked));
+      input.addEventListener('change', async () => {
+        await actions.switchEngine(engine.path, input.checked);
+        // A refused switch goes back to what the host says.
+        const known = store.get().engines.find((candidate) => candidate.path === engine.path);
+        if (known) input.checked = known.enabled;
+      });
       label.append(input, document.createTextNode(engine.path));
       label.title = `Turn the engine "${engine.path}" on or off for inspection`;
       return label;

@@ -6,7 +6,9 @@ import { choiceButton, fillChoice, makeChoiceList, syncList, updateChoiceStops }
 export function mountEntities(store, actions) {
   const list = document.getElementById('entities');
   makeChoiceList(list);
-  store.subscribe((state) => {
+  store.subscribe((state, previous) => {
+    if (previous && ['entities', 'selectedEntity', 'suspended', 'suspendedEntity']
+      .every((key) => previous[key] === state[key])) return;
     syncList(list, state.entities, (entity) => entity,
       () => choiceButton((key) => actions.selectEntity(Number(key))),
       (item, entity) => fillChoice(item, {

@@ -8,6 +8,8 @@
 import { INVALID_ENTITY, sameRecords } from './state.js';
 
 const MAX_LOCATIONS = 200;
+// Events read one by one in a refresh, at most: a burst is taken in over several.
+const MAX_NEW_EVENTS = 32;
 
 export class Refresher {
   constructor(api, store) {
@@ -89,7 +91,7 @@ export class Refresher {
     for (const id of this.events.keys()) {
       if (!queued.has(id)) this.events.delete(id);
     }
-    const unseen = ids.filter((id) => !this.events.has(id));
+    const unseen = ids.filter((id) => !this.events.has(id)).slice(0, MAX_NEW_EVENTS);
     const records = await Promise.all(unseen.map((id) => optional(this.api.readEvent(id), null)));
     records.forEach((record, i) => {
       if (record !== null) this.events.set(unseen[i], record);

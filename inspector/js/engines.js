@@ -24,7 +24,10 @@ export function mountEngines(store, actions) {
         const known = store.get().engines.find((candidate) => candidate.path === engine.path);
         if (known) input.checked = known.enabled;
       });
-      label.append(input, document.createTextNode(engine.path));
+      const track = document.createElement('span');
+      track.className = 'track';
+      track.setAttribute('aria-hidden', 'true');
+      label.append(input, track, document.createTextNode(engine.path));
       label.title = `Turn the engine "${engine.path}" on or off for inspection`;
       return label;
     }, (label, engine) => {

@@ -3,7 +3,10 @@
 
 const KEY = 'nox-inspector.token';
 
-export function readToken() {
+// The token given to this page, for a tab whose storage is off.
+let memory = null;
+
+function readToken() {
   try {
     return sessionStorage.getItem(KEY);
   } catch {
@@ -19,8 +22,6 @@ function saveToken(token) {
   }
   memory = token;
 }
-
-let memory = null;
 
 // The token to send: the tab's, or the one given to this page when storage is off.
 export function currentToken() {

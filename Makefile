@@ -8,7 +8,7 @@ SANITIZER_ENV := ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:abort_on_error=1 \
 	UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp
 
-.PHONY: all deps build test ci ci-release ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install package demo format format-check tidy clean
+.PHONY: all deps build test ui-test ci ci-release ci-ui ci-asan ci-tsan ci-fuzz dap-test fuzz fuzz-build bench install package demo format format-check tidy clean
 
 all: build
 
@@ -24,17 +24,26 @@ build: deps $(BUILD)/release/CMakeCache.txt
 test: build
 	cd $(BUILD)/release && ctest --output-on-failure -j $(JOBS)
 
-# CI: the format check (cheapest first), the release build's tests, nox-dap driven by a
-# real protocol client, the same tests built with ASan and UBSan, the threaded tests
-# built with TSan, then a short fuzzing pass. The ASan build is the static one
-# (BUILD_SHARED_LIBS=OFF): the whole suite and the installed-package consumers then
-# cover the static library too, without a compile of their own.
-ci: deps format-check ci-release dap-test ci-asan ci-tsan ci-fuzz
+# The inspector page in headless Chromium against the release build's nox-demo;
+# screenshots in $(BUILD)/release/ui-artifacts.
+ui-test: build
+	bash tests/ui/run.sh $(BUILD)/release
+
+# CI: the format check (cheapest first), the release build's tests, the inspector page
+# in a browser, nox-dap driven by a real protocol client, the same tests built with ASan
+# and UBSan, the threaded tests built with TSan, then a short fuzzing pass. The ASan
+# build is the static one (BUILD_SHARED_LIBS=OFF): the whole suite and the
+# installed-package consumers then cover the static library too, without a compile of
+# their own.
+ci: deps format-check ci-release ci-ui dap-test ci-asan ci-tsan ci-fuzz
 
 ci-release:
 	cmake -S . -B $(BUILD)/ci-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DNOX_UTILS_BUILD_BENCH=OFF
 	cmake --build $(BUILD)/ci-release -j $(JOBS)
 	cd $(BUILD)/ci-release && ctest --output-on-failure -j $(JOBS)
+
+ci-ui: ci-release
+	bash tests/ui/run.sh $(BUILD)/ci-release
 
 ci-asan:
 	cmake -S . -B $(BUILD)/ci-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \

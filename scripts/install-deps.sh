@@ -9,6 +9,7 @@ cd "$(dirname "$0")/.."
 # Test folders with a package.json and package-lock.json, installed with `npm ci`.
 npm_test_folders=(
   tests/dap
+  tests/ui
 )
 
 packages=(
@@ -23,6 +24,7 @@ packages=(
   wrk
   clang libclang-rt-dev
   groff-base dpkg-dev clang-format-14 clang-tidy-14
+  chromium
 )
 
 missing=()
@@ -48,13 +50,13 @@ if [ ${#missing[@]} -gt 0 ]; then
 fi
 
 # `npm ci` leaves a copy of the lock file it installed from; a folder whose copy still
-# matches is up to date.
+# matches is up to date. Browsers come from Debian (chromium), never from npm.
 for folder in "${npm_test_folders[@]}"; do
   stamp="$folder/node_modules/.installed-package-lock.json"
   if cmp -s "$folder/package-lock.json" "$stamp"; then
     continue
   fi
   echo "npm ci in $folder"
-  (cd "$folder" && npm ci --no-audit --no-fund --loglevel=error)
+  (cd "$folder" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund --loglevel=error)
   cp "$folder/package-lock.json" "$stamp"
 done

@@ -224,6 +224,23 @@ TEST_F(HttpServerTest, EngineSwitchBoardEnablesAndDisablesByPath) {
   EXPECT_EQ(client.post("/api/engines", "{oops").status, 400);
 }
 
+TEST_F(HttpServerTest, EngineListFollowsTheSwitchBoard) {
+  EXPECT_EQ(client.get("/api/engines").body,
+            R"([{"path":"debug","enabled":true},{"path":"events","enabled":false},)"
+            R"({"path":"scripted","enabled":true}])");
+  ASSERT_EQ(client.post("/api/engines", R"({"events":true,"scripted":false})").status, 200);
+  const HttpReply reply = client.get("/0.4.0/engines/");
+  EXPECT_EQ(reply.headers, headerBlock(200, "OK", "json", reply.body.size()));
+  EXPECT_EQ(reply.body, R"([{"path":"debug","enabled":true},{"path":"events","enabled":true},)"
+                        R"({"path":"scripted","enabled":false}])");
+  EXPECT_TRUE(warnings().empty());
+
+  // Only the list itself: anything below it is unknown, and other methods keep their meaning.
+  EXPECT_EQ(client.get("/api/engines/debug").status, 404);
+  EXPECT_THAT(warnings(), ElementsAre("HTTP request: unknown resource '/engines/debug'."));
+  EXPECT_EQ(client.del("/api/engines").status, 204);
+}
+
 TEST_F(HttpServerTest, StartAndShutdownManageTheEventEngine) {
   auto& framework = host.framework();
   const unsigned short port = host.port();

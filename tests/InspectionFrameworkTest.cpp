@@ -84,6 +84,33 @@ TEST_F(InspectionFrameworkTest, EnginesAreKnownByTheirPath) {
               testing::Contains("No register engine having the path sim, ignoring the unregistration."));
 }
 
+// Registration order, not hash order, and a re-registered engine goes to the end.
+TEST_F(InspectionFrameworkTest, EnginesAreListedInRegistrationOrderWithTheirState) {
+  AbstractEngine zeta("zeta", false);
+  AbstractEngine alpha("alpha", true);
+  ASSERT_TRUE(framework().registerEngine(zeta));
+  ASSERT_TRUE(framework().registerEngine(alpha));
+  const auto listed = [this] {
+    std::vector<std::string> result;
+    for (const InspectionFramework::EngineState& engine : framework().listEngines()) {
+      result.push_back(std::string(engine.path.c_str()) + (engine.enabled ? "+" : "-"));
+    }
+    return result;
+  };
+  EXPECT_THAT(listed(), ElementsAre("debug+", "zeta-", "alpha+"));
+
+  framework().unregisterEngine("zeta");
+  framework().enableEngine("zeta");
+  framework().disableEngine("debug");
+  ASSERT_TRUE(framework().registerEngine(zeta));
+  EXPECT_THAT(listed(), ElementsAre("debug-", "alpha+", "zeta-"));
+  framework().enableAllEngines();
+  EXPECT_THAT(listed(), ElementsAre("debug+", "alpha+", "zeta+"));
+  framework().unregisterEngine("alpha");
+  framework().unregisterEngine("zeta");
+  EXPECT_THAT(listed(), ElementsAre("debug+"));
+}
+
 TEST_F(InspectionFrameworkTest, ResourcesGoToTheEngineNamedByTheFirstSegment) {
   nox::utils::DynamicObject parameters;
   nox::utils::MemoryInputOutput text;

@@ -42,7 +42,8 @@ const char* const usage =
     "       nox-demo --version\n"
     "  --port N               inspection HTTP port (default 8080)\n"
     "  --bind ADDRESS         IPv4 address to listen on (default 127.0.0.1; 0.0.0.0 for every interface)\n"
-    "  --token TEXT           require \"Authorization: Bearer TEXT\" on every request\n"
+    "  --token TEXT           require \"Authorization: Bearer TEXT\" on every API request, which\n"
+    "                         the inspector page asks for\n"
     "                         (default: the NOX_INSPECT_TOKEN environment variable, else none)\n"
     "  --allow-origin ORIGIN  let pages of ORIGIN (such as http://localhost:3000, or *) POST and DELETE\n"
     "  --entities N           number of simulated agents (default 4)\n"
@@ -121,6 +122,7 @@ nox::utils::debugger::HttpOptions toHttpOptions(const Options& options) {
   http.bindAddress = options.bind.c_str();
   http.port = static_cast<unsigned short>(options.port);
   http.accessToken = options.token.c_str();
+  http.serveInspector = true;
   for (const std::string& origin : options.allowedOrigins) http.allowedOrigins.emplace_back(origin.c_str());
   return http;
 }
@@ -131,7 +133,8 @@ void printWelcome(const Options& options, unsigned short port) {
   const std::string base = "http://" + host + ":" + std::to_string(port);
   // The token itself is never printed.
   const std::string curl = options.token.empty() ? "curl" : "curl -H 'Authorization: Bearer <token>'";
-  std::cout << "nox-demo: " << options.entities << " agents, inspection API on " << base << "/api\n"
+  std::cout << "Inspector: " << base << "/inspector/\n"
+            << "nox-demo: " << options.entities << " agents, inspection API on " << base << "/api\n"
             << "Listening on " << options.bind << ":" << port << ", "
             << (options.token.empty() ? "no access token required" : "an access token is required") << ".\n"
             << "Try:\n"

@@ -43,6 +43,12 @@ struct HttpOptions {
   // When not empty, every request must carry "Authorization: Bearer <accessToken>",
   // or it is answered 401. The token is compared in constant time.
   String accessToken;
+  // Serves the browser inspector, a page that shows and drives this host, at
+  // /inspector/ (GET /inspector redirects there). Its files are compiled into the
+  // library. They are open to every client that passes the Host check, token or not:
+  // they hold nothing of the host, and a browser cannot send a token when it opens a
+  // page. The page asks for the token and sends it with every call it makes.
+  bool serveInspector = false;
 };
 
 }  // namespace nox::utils::debugger

@@ -2,6 +2,7 @@
 
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/Facilities.h>
+#include <nox/utils/debugger/AbstractEngine.h>
 #include <nox/utils/debugger/impl/FacilitiesLogger.h>
 #include <nox/utils/debugger/impl/HTTPServer.h>
 #include <nox/utils/debugger/impl/InspectionFrameworkImpl.h>
@@ -46,6 +47,14 @@ bool InspectionFramework::isEngineEnabled(const char* path) const {
 void InspectionFramework::enableAllEngines() { impl_->enableAllEngines(); }
 
 void InspectionFramework::disableAllEngines() { impl_->disableAllEngines(); }
+
+Vector<InspectionFramework::EngineState> InspectionFramework::listEngines() const {
+  Vector<EngineState> engines;
+  impl_->visitEngines([&engines](const AbstractEngine& engine) {
+    engines.push_back(EngineState{String(engine.getPath()), engine.isEnabled()});
+  });
+  return engines;
+}
 
 bool InspectionFramework::startHttp(unsigned short port) { return http_->start(port); }
 

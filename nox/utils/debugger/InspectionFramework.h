@@ -15,6 +15,7 @@
 //   inspection.unregisterEngine("sim");
 #pragma once
 
+#include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/ScopedPtr.h>
 #include <nox/utils/String.h>
@@ -42,6 +43,12 @@ class InspectionFrameworkImpl;
 
 class NOX_UTILS_API InspectionFramework {
  public:
+  // One registered engine, as listEngines reports it.
+  struct EngineState {
+    String path;
+    bool enabled = false;
+  };
+
   explicit InspectionFramework(Facilities& facilities);
   // Stops the HTTP server, then reports contexts that engines never popped.
   ~InspectionFramework();
@@ -73,6 +80,9 @@ class NOX_UTILS_API InspectionFramework {
   bool isEngineEnabled(const char* path) const;
   void enableAllEngines();
   void disableAllEngines();
+  // The registered engines and whether each is enabled, in registration order: a copy
+  // taken at one moment (under the framework mutex).
+  Vector<EngineState> listEngines() const;
 
   // ---- The HTTP server.
 

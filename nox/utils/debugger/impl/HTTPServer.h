@@ -9,7 +9,9 @@
 // The first segment may also be the library version ("/0.4.0/debug"). The query
 // becomes a DynamicObject of parameters; the members of a POST body (a JSON object) join them,
 // replacing parameters of the same name. POST /api/engines is the engine switch
-// board: {"events": true, "debug": 0} enables and disables engines by path. Every reply
+// board: {"events": true, "debug": 0} enables and disables engines by path, and
+// GET /api/engines lists them: [{"path":"debug","enabled":true},...] in registration
+// order (it hides an engine a host would register under the path "engines"). Every reply
 // closes the connection and allows any origin.
 //
 // A request never changes the framework's state by failing: bad methods, paths,

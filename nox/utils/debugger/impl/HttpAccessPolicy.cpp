@@ -46,13 +46,20 @@ HttpAccessPolicy::HttpAccessPolicy(const HttpOptions& options)
       anyOrigin_(std::find(allowedOrigins_.begin(), allowedOrigins_.end(), "*") != allowedOrigins_.end()),
       token_(options.accessToken) {}
 
-int HttpAccessPolicy::check(const HttpRequest& request, bool changesState, AbstractLogger* logger) const {
+int HttpAccessPolicy::checkHost(const HttpRequest& request, AbstractLogger* logger) const {
   const std::string_view* host = request.findHeader("Host");
   if (checksHost_ && host != nullptr && !isAllowedHost(*host)) {
     NOX_LOG_WARNING(logger,
                     "HTTP request refused: the Host '" << *host << "' does not name this machine (DNS rebinding?).");
     return JsonHttpReply::forbidden;
   }
+  return JsonHttpReply::ok;
+}
+
+int HttpAccessPolicy::check(const HttpRequest& request, bool changesState, AbstractLogger* logger) const {
+  const int hostChecked = checkHost(request, logger);
+  if (hostChecked != JsonHttpReply::ok) return hostChecked;
+  const std::string_view* host = request.findHeader("Host");
   if (!token_.empty()) {
     const std::string_view* authorization = request.findHeader("Authorization");
     if (!carriesToken(authorization)) {

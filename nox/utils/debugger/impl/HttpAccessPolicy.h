@@ -40,6 +40,9 @@ class NOX_UTILS_API HttpAccessPolicy {
   // warning on `logger`; JsonHttpReply::ok when the request may go on. `changesState`
   // for the methods that act (POST, DELETE).
   int check(const HttpRequest& request, bool changesState, AbstractLogger* logger) const;
+  // The Host check alone, for what any client of this machine may read (the
+  // inspector's files).
+  int checkHost(const HttpRequest& request, AbstractLogger* logger) const;
 
  private:
   bool isAllowedHost(std::string_view host) const;

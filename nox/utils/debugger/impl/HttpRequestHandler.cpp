@@ -15,6 +15,7 @@
 #include <nox/utils/debugger/impl/FacilitiesLogger.h>
 #include <nox/utils/debugger/impl/HttpAccessPolicy.h>
 #include <nox/utils/debugger/impl/HttpRequest.h>
+#include <nox/utils/debugger/impl/InspectorAssets.h>
 #include <nox/utils/debugger/impl/JsonHttpReply.h>
 #include <nox/utils/debugger/impl/Replies.h>
 #include <nox/utils/debugger/impl/RequestBody.h>
@@ -59,7 +60,10 @@ HttpRequestHandler::HttpRequestHandler(InspectionFramework& framework)
     : framework_(framework), maxBodySize_(std::numeric_limits<std::uint64_t>::max()) {}
 
 HttpRequestHandler::HttpRequestHandler(InspectionFramework& framework, const HttpOptions& options)
-    : framework_(framework), policy_(NOX_NEW HttpAccessPolicy(options)), maxBodySize_(options.maxBodySize) {}
+    : framework_(framework),
+      policy_(NOX_NEW HttpAccessPolicy(options)),
+      maxBodySize_(options.maxBodySize),
+      servesInspector_(options.serveInspector) {}
 
 HttpRequestHandler::~HttpRequestHandler() = default;
 
@@ -81,6 +85,10 @@ void HttpRequestHandler::handle(const HttpRequest& request, AbstractHttpConnecti
     method = options;
   }
   JsonHttpReply reply(connection, &framework_.getLogger());
+  if (servesInspector_ && method != options && isInspectorPath(request.rawPath)) {
+    serveInspectorFile(request, connection, reply);
+    return;
+  }
   // Without access checks a browser's preflight is answered whatever the request: it
   // only asks what is allowed.
   const int admitted = method == options && !policy_ ? JsonHttpReply::ok : admit(request, method);
@@ -104,6 +112,17 @@ int HttpRequestHandler::admit(const HttpRequest& request, Method method) const {
     return JsonHttpReply::badRequest;
   }
   return policy_ ? policy_->check(request, method == post || method == del, logger) : JsonHttpReply::ok;
+}
+
+void HttpRequestHandler::serveInspectorFile(const HttpRequest& request, AbstractHttpConnection& connection,
+                                            JsonHttpReply& reply) {
+  AbstractLogger* logger = &framework_.getLogger();
+  const int admitted = request.headersTruncated ? admit(request, get) : policy_->checkHost(request, logger);
+  if (admitted != JsonHttpReply::ok) {
+    reply.send(admitted);
+    return;
+  }
+  serveInspector(request.method, request.rawPath, connection, logger);
 }
 
 int HttpRequestHandler::answer(const HttpRequest& request, Method method, AbstractHttpConnection& connection,
@@ -149,20 +168,20 @@ int HttpRequestHandler::dispatch(Method method, const String& resource, const Ht
   const std::uint64_t errorsBefore = FacilitiesLogger::countErrorsOfThisThread();
   const unsigned int length = static_cast<unsigned int>(resource.size());
   AbstractObjectBuilder& builder = reply.getBuilder();
+  unsigned int begin = 0;
+  unsigned int end = 0;
+  const bool engines = Uri::retrieveFirstPathSegment(resource.data(), length, begin, end) &&
+                       isSegment(resource.data(), begin, end, "engines");
   resources::Status status = resources::unknown;
   switch (method) {
     case get:
+      if (engines && !hasSegmentAfter(resource.data(), length, end)) return listEngines(reply);
       status = framework_.retrieveResource(resource.data(), length, parameters, builder);
       break;
     case post: {
       const int refusal = readBody(request, connection, parameters);
       if (refusal != JsonHttpReply::ok) return refusal;
-      unsigned int begin = 0;
-      unsigned int end = 0;
-      if (Uri::retrieveFirstPathSegment(resource.data(), length, begin, end) &&
-          isSegment(resource.data(), begin, end, "engines")) {
-        return switchEngines(parameters, reply);
-      }
+      if (engines) return switchEngines(parameters, reply);
       status = framework_.createResource(resource.data(), length, parameters, builder);
       break;
     }
@@ -238,6 +257,19 @@ int HttpRequestHandler::readBody(const HttpRequest& request, AbstractHttpConnect
     }
   }
   return JsonHttpReply::ok;
+}
+
+int HttpRequestHandler::listEngines(JsonHttpReply& reply) {
+  const Vector<InspectionFramework::EngineState> engines = framework_.listEngines();
+  const resources::Status written = impl::reply(reply.getBuilder(), [&engines](AbstractObjectBuilder& out) {
+    bool accepted = out.beginArray();
+    for (auto engine = engines.begin(); accepted && engine != engines.end(); ++engine) {
+      accepted = out.arrayChild() && out.beginObject() && out.objectChild("path") && out.string(engine->path.c_str()) &&
+                 out.objectChild("enabled") && out.boolean(engine->enabled) && out.endObject();
+    }
+    return accepted && out.endArray();
+  });
+  return written == resources::done ? JsonHttpReply::ok : JsonHttpReply::internalServerError;
 }
 
 int HttpRequestHandler::switchEngines(const DynamicObject& board, JsonHttpReply& reply) {

@@ -4,7 +4,9 @@
 // receives, and tests and the fuzzing target feed it requests of their own.
 //
 // Whatever a request holds, handling it ends in a reply and at most one resource call;
-// a refused request changes nothing. Before anything runs:
+// a refused request changes nothing. With HttpOptions::serveInspector, a GET below
+// "/inspector" is answered from the inspector's files instead (InspectorAssets.h).
+// Before anything runs:
 //   - a request whose headers the server had to cut is refused (400);
 //   - with an access policy (the options form), its checks (403, 401);
 //   - the path is percent-decoded with its length; an encoded NUL is refused (400);
@@ -59,6 +61,9 @@ class NOX_UTILS_API HttpRequestHandler {
   // What precedes any look at the path: header and access checks. JsonHttpReply::ok
   // when the request may go on.
   int admit(const HttpRequest& request, Method method) const;
+  // Answers a request for the inspector's files, which only the header and Host
+  // checks guard.
+  void serveInspectorFile(const HttpRequest& request, AbstractHttpConnection& connection, JsonHttpReply& reply);
   // Calls the resource operation of `method` on `resource` (the path below "api").
   int dispatch(Method method, const String& resource, const HttpRequest& request, AbstractHttpConnection& connection,
                DynamicObject& parameters, JsonHttpReply& reply);
@@ -68,11 +73,14 @@ class NOX_UTILS_API HttpRequestHandler {
               JsonHttpReply& reply);
   // Reads the body into `parameters`; JsonHttpReply::ok or the status of the refusal.
   int readBody(const HttpRequest& request, AbstractHttpConnection& connection, DynamicObject& parameters);
+  // GET /api/engines: every registered engine with its path and whether it is enabled.
+  int listEngines(JsonHttpReply& reply);
   int switchEngines(const DynamicObject& board, JsonHttpReply& reply);
 
   InspectionFramework& framework_;
   ScopedPtr<HttpAccessPolicy> policy_;
   std::uint64_t maxBodySize_;
+  bool servesInspector_ = false;
 };
 
 }  // namespace nox::utils::debugger::impl

@@ -126,6 +126,7 @@ bool InspectionFrameworkImpl::registerEngine(AbstractEngine& engine, AbstractLog
                   "An engine having the same path (" << path << ") was already registered.");
     return false;
   }
+  registrationOrder_.push_back(&engine);
   invalidatedEngines_.erase(hash);
   engine.attach(&facade_);
   return true;
@@ -145,6 +146,7 @@ void InspectionFrameworkImpl::unregisterEngine(const char* path, AbstractLogger*
     return;
   }
   found->second->attach(nullptr);
+  registrationOrder_.erase(std::find(registrationOrder_.begin(), registrationOrder_.end(), found->second));
   engines_.erase(found);
   invalidatedEngines_.erase(hash);
 }
@@ -200,12 +202,12 @@ bool InspectionFrameworkImpl::isEngineEnabled(const char* path, AbstractLogger* 
 
 void InspectionFrameworkImpl::enableAllEngines() {
   ScopedMutex lock(mutex_);
-  for (auto& engine : engines_) engine.second->enable();
+  for (AbstractEngine* engine : registrationOrder_) engine->enable();
 }
 
 void InspectionFrameworkImpl::disableAllEngines() {
   ScopedMutex lock(mutex_);
-  for (auto& engine : engines_) engine.second->disable();
+  for (AbstractEngine* engine : registrationOrder_) engine->disable();
 }
 
 // ---- Resources.

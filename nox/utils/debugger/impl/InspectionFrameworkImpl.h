@@ -13,6 +13,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/Mutex.h>
+#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/Entity.h>
@@ -102,6 +103,13 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   bool isEngineEnabled(const char* path, AbstractLogger* logger) const;
   void enableAllEngines();
   void disableAllEngines();
+  // Calls `visit(const AbstractEngine&)` for each registered engine, in registration
+  // order, under the framework mutex.
+  template <class Visit>
+  void visitEngines(Visit visit) const {
+    ScopedMutex lock(mutex_);
+    for (const AbstractEngine* engine : registrationOrder_) visit(*engine);
+  }
 
   // ---- Resources: the first segment of `path` names the engine, which gets the rest
   // of the path; no such engine answers unknown.
@@ -178,6 +186,8 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   // Engines whose contexts were invalidated, by path hash: they run no step check.
   Set<std::uint64_t> invalidatedEngines_;
   Map<std::uint64_t, AbstractEngine*> engines_;
+  // The same engines, in the order they were registered: clients list them that way.
+  Vector<AbstractEngine*> registrationOrder_;
   std::atomic<unsigned int> subscriptionLimit_{1000};
 };
 

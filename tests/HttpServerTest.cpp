@@ -225,9 +225,8 @@ TEST_F(HttpServerTest, EngineSwitchBoardEnablesAndDisablesByPath) {
 }
 
 TEST_F(HttpServerTest, EngineListFollowsTheSwitchBoard) {
-  EXPECT_EQ(client.get("/api/engines").body,
-            R"([{"path":"debug","enabled":true},{"path":"events","enabled":false},)"
-            R"({"path":"scripted","enabled":true}])");
+  EXPECT_EQ(client.get("/api/engines").body, R"([{"path":"debug","enabled":true},{"path":"events","enabled":false},)"
+                                             R"({"path":"scripted","enabled":true}])");
   ASSERT_EQ(client.post("/api/engines", R"({"events":true,"scripted":false})").status, 200);
   const HttpReply reply = client.get("/0.4.0/engines/");
   EXPECT_EQ(reply.headers, headerBlock(200, "OK", "json", reply.body.size()));

@@ -24,7 +24,6 @@ using nox::test::InspectionHost;
 using nox::test::RawConnection;
 using nox::utils::debugger::HttpOptions;
 using testing::Contains;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -91,8 +90,8 @@ TEST_F(InspectorPageTest, TheFolderRedirectsAndNothingElseUnderItIsFound) {
   EXPECT_EQ(folder.status, 301);
   EXPECT_THAT(folder.headers, HasSubstr("\r\nLocation: /inspector/\r\n"));
 
-  for (const char* missing : {"/inspector/nope.js", "/inspector/js", "/inspector/js/",
-                              "/inspector/index.html/", "/inspector/INDEX.HTML", "/inspector/%69ndex.html"}) {
+  for (const char* missing : {"/inspector/nope.js", "/inspector/js", "/inspector/js/", "/inspector/index.html/",
+                              "/inspector/INDEX.HTML", "/inspector/%69ndex.html"}) {
     const HttpReply reply = client.get(missing);
     EXPECT_EQ(reply.status, 404) << missing;
     EXPECT_THAT(reply.headers, HasSubstr("\r\nContent-Type: text/plain; charset=utf-8\r\n")) << missing;
@@ -121,10 +120,10 @@ TEST_F(InspectorPageTest, TheFilesAreReadOnly) {
   const HttpReply head = client.send("HEAD", "/inspector/", nullptr);
   EXPECT_EQ(head.status, 200);
   EXPECT_EQ(head.body, "");
-  EXPECT_THAT(head.headers, HasSubstr("\r\nContent-Length: " +
-                                      std::to_string(readFile(std::filesystem::path(NOX_INSPECTOR_DIR) / "index.html")
-                                                         .size()) +
-                                      "\r\n"));
+  EXPECT_THAT(
+      head.headers,
+      HasSubstr("\r\nContent-Length: " +
+                std::to_string(readFile(std::filesystem::path(NOX_INSPECTOR_DIR) / "index.html").size()) + "\r\n"));
   // The preflight of the API is unchanged under the folder.
   EXPECT_EQ(client.send("OPTIONS", "/inspector/", nullptr).status, 200);
 }

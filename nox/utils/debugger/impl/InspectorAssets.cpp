@@ -73,10 +73,14 @@ const char* getContentType(std::string_view name) {
     const char* contentType;
   };
   static const Type types[] = {
-      {".html", "text/html; charset=utf-8"},  {".css", "text/css; charset=utf-8"},
-      {".js", "text/javascript; charset=utf-8"}, {".json", "application/json; charset=utf-8"},
-      {".svg", "image/svg+xml"},               {".png", "image/png"},
-      {".ico", "image/x-icon"},                {".txt", "text/plain; charset=utf-8"},
+      {".html", "text/html; charset=utf-8"},
+      {".css", "text/css; charset=utf-8"},
+      {".js", "text/javascript; charset=utf-8"},
+      {".json", "application/json; charset=utf-8"},
+      {".svg", "image/svg+xml"},
+      {".png", "image/png"},
+      {".ico", "image/x-icon"},
+      {".txt", "text/plain; charset=utf-8"},
   };
   for (const Type& type : types) {
     if (endsWith(name, type.extension)) return type.contentType;

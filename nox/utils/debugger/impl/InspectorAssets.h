@@ -48,7 +48,7 @@ NOX_UTILS_API const char* getContentType(std::string_view name);
 
 // Writes the whole reply to `method` on an inspector path. Misses are logged as
 // warnings on `logger`.
-NOX_UTILS_API void serveInspector(std::string_view method, std::string_view rawPath,
-                                  AbstractHttpConnection& connection, AbstractLogger* logger);
+NOX_UTILS_API void serveInspector(std::string_view method, std::string_view rawPath, AbstractHttpConnection& connection,
+                                  AbstractLogger* logger);
 
 }  // namespace nox::utils::debugger::impl

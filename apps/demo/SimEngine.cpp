@@ -4,6 +4,7 @@
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/DynamicObjectBuilder.h>
 #include <nox/utils/Facilities.h>
+#include <nox/utils/PathCursor.h>
 #include <nox/utils/Property.h>
 #include <nox/utils/RandomManager.h>
 #include <nox/utils/ScopedMutex.h>
@@ -27,6 +28,7 @@ namespace debugger = nox::utils::debugger;
 using nox::utils::AbstractLogger;
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::DynamicObject;
+using nox::utils::PathCursor;
 using nox::utils::ScopedMutex;
 using nox::utils::TypeManager;
 using nox::utils::Uri;
@@ -70,17 +72,6 @@ class BreakpointCheck : public debugger::BreakpointRequestVisitor {
  private:
   bool hit_ = false;
 };
-
-// A whole path segment read as an agent id.
-bool parseAgentId(const char* text, unsigned int length, int& id) {
-  if (length == 0 || length > 9) return false;
-  id = 0;
-  for (unsigned int i = 0; i < length; ++i) {
-    if (text[i] < '0' || text[i] > '9') return false;
-    id = id * 10 + (text[i] - '0');
-  }
-  return true;
-}
 
 // The agent's reflected properties as the members of `object`'s property `handle`.
 bool putAgent(const Agent& agent, DynamicObject& object, unsigned int handle, AbstractLogger* logger) {
@@ -242,30 +233,25 @@ void SimEngine::leave(Actor& actor) { getFacade()->popContext(*this, static_cast
 
 debugger::resources::Status SimEngine::retrieveResource(const char* path, unsigned int length, const DynamicObject&,
                                                         AbstractObjectBuilder& reply) {
-  unsigned int begin = 0;
-  unsigned int end = 0;
   DynamicObject object;
   const unsigned int root = object.getRoot();
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+  PathCursor cursor(path, length);
+  if (!cursor.next()) {
     object.setInt(object.addChild(root, "agents"), static_cast<std::int64_t>(actors_.size()));
     object.setInt(object.addChild(root, "ticks"), static_cast<std::int64_t>(ticksDone_.load()));
     object.setInt(object.addChild(root, "tickMs"), tickMilliseconds_);
   } else {
-    if (end - begin != 6 || std::strncmp(path + begin, "agents", 6) != 0) return debugger::resources::unknown;
-    path += end;
-    length -= end;
-    int id = 0;
-    const bool one = Uri::retrieveFirstPathSegment(path, length, begin, end);
-    if (one && (!parseAgentId(path + begin, end - begin, id) ||
-                Uri::retrieveFirstPathSegment(path + end, length - end, begin, end))) {
-      return debugger::resources::unknown;
-    }
+    if (!cursor.is("agents")) return debugger::resources::unknown;
+    // "agents" lists them all, "agents/<id>" names one.
+    unsigned int id = 0;
+    const bool one = !cursor.done();
+    if (one && (!cursor.nextUnsigned(id) || !cursor.done())) return debugger::resources::unknown;
     if (!writeAgents(object, one ? &id : nullptr)) return debugger::resources::unknown;
   }
   return nox::utils::serializeDynamicObject(object, reply) ? debugger::resources::done : debugger::resources::error;
 }
 
-bool SimEngine::writeAgents(DynamicObject& reply, const int* only) const {
+bool SimEngine::writeAgents(DynamicObject& reply, const unsigned int* only) const {
   AbstractLogger* logger = getFacade() != nullptr ? getFacade()->getLogger() : nullptr;
   ScopedMutex lock(stateMutex_);
   if (only != nullptr) {

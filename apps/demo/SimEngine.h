@@ -111,7 +111,7 @@ class SimEngine : public nox::utils::debugger::AbstractEngine {
   // the agent right there.
   void enter(Actor& actor, AgentContext& context);
   void leave(Actor& actor);
-  bool writeAgents(nox::utils::DynamicObject& reply, const int* only) const;
+  bool writeAgents(nox::utils::DynamicObject& reply, const unsigned int* only) const;
 
   std::vector<std::unique_ptr<Actor>> actors_;
   std::vector<unsigned int> entities_;

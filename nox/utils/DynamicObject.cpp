@@ -4,6 +4,7 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/Assertion.h>
+#include <nox/utils/Decimal.h>
 #include <nox/utils/DynamicObjectIterator.h>
 #include <nox/utils/StringTable.h>
 
@@ -1290,13 +1291,9 @@ class DynamicObject::SubtreeWalk {
 
   // The index of an element key "[n]"; ~0u for anything else.
   static unsigned int parseElementIndex(const char* key, unsigned int length) {
-    if (length < 3 || key[0] != '[' || key[length - 1] != ']') return ~0u;
-    unsigned int index = 0;
-    for (unsigned int i = 1; i + 1 < length; ++i) {
-      if (key[i] < '0' || key[i] > '9' || index >= DynamicObject::getMaximumArraySize()) return ~0u;
-      index = index * 10 + static_cast<unsigned int>(key[i] - '0');
-    }
-    return index;
+    unsigned int index = ~0u;
+    if (length < 3 || key[0] != '[' || key[length - 1] != ']') return index;
+    return parseDecimal(std::string_view(key + 1, length - 2), index) ? index : ~0u;
   }
 
   const DynamicObject& object_;

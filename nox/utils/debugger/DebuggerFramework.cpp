@@ -3,6 +3,7 @@
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObject.h>
+#include <nox/utils/PathCursor.h>
 #include <nox/utils/ScopedMutex.h>
 #include <nox/utils/Uri.h>
 #include <nox/utils/debugger/AbstractContext.h>
@@ -14,9 +15,6 @@
 
 namespace nox::utils::debugger {
 
-using impl::hasSegmentAfter;
-using impl::isSegment;
-using impl::parseUnsigned;
 using impl::reply;
 using impl::replyNull;
 
@@ -141,17 +139,15 @@ resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned
   // Resource calls arrive under the framework mutex; taking it again keeps direct
   // callers consistent too (the stacks must not move while they are written).
   ScopedMutex lock(framework_.getMutex());
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+  PathCursor cursor(path, length);
+  if (!cursor.next()) {
     return reply(builder, [](AbstractObjectBuilder& out) {
       return out.beginObject() && out.objectChild("name") && out.string("default") && out.objectChild("description") &&
              out.string("") && out.endObject();
     });
   }
-  const bool hasMore = hasSegmentAfter(path, length, end);
-  if (isSegment(path, begin, end, "entities")) return retrieveEntityResource(path + end, length - end, builder);
-  if (!hasMore && (isSegment(path, begin, end, "suspend") || isSegment(path, begin, end, "resume"))) {
+  if (cursor.is("entities")) return retrieveEntityResource(cursor, builder);
+  if (cursor.done() && (cursor.is("suspend") || cursor.is("resume"))) {
     return reply(builder, [this](AbstractObjectBuilder& out) { return writeSuspension(out); });
   }
   return resources::unknown;
@@ -180,12 +176,9 @@ bool DebuggerFramework::writeSuspension(AbstractObjectBuilder& out) {
          out.integer(entity) && out.endObject();
 }
 
-// `path` is what follows "entities".
-resources::Status DebuggerFramework::retrieveEntityResource(const char* path, unsigned int length,
-                                                            AbstractObjectBuilder& builder) {
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+// `cursor` stands on "entities".
+resources::Status DebuggerFramework::retrieveEntityResource(PathCursor& cursor, AbstractObjectBuilder& builder) {
+  if (cursor.done()) {
     const Vector<unsigned int> entities = framework_.getEntities();
     return reply(builder, [&entities](AbstractObjectBuilder& out) {
       bool written = out.beginArray();
@@ -197,28 +190,21 @@ resources::Status DebuggerFramework::retrieveEntityResource(const char* path, un
     });
   }
   unsigned int entity = 0;
-  if (!parseUnsigned(path + begin, end - begin, entity)) return resources::unknown;
+  if (!cursor.nextUnsigned(entity)) return resources::unknown;
   if (!framework_.isEntityRegistered(entity)) {
     NOX_LOG_WARNING(framework_.getLogger(), "No entity #" << entity);
     return resources::unknown;
   }
   // Below the entity: nothing, "contexts", or "contexts/<index>".
-  path += end;
-  length -= end;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+  if (!cursor.next()) {
     return reply(builder, [&](AbstractObjectBuilder& out) {
       return out.beginObject() && out.objectChild("contexts") && writeContextList(entity, out) && out.endObject();
     });
   }
-  if (!isSegment(path, begin, end, "contexts")) return resources::unknown;
-  path += end;
-  length -= end;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
-    return reply(builder, [&](AbstractObjectBuilder& out) { return writeContextList(entity, out); });
-  }
+  if (!cursor.is("contexts")) return resources::unknown;
+  if (cursor.done()) return reply(builder, [&](AbstractObjectBuilder& out) { return writeContextList(entity, out); });
   unsigned int index = 0;
-  if (!parseUnsigned(path + begin, end - begin, index)) return resources::unknown;
-  if (hasSegmentAfter(path, length, end)) return resources::unknown;
+  if (!cursor.nextUnsigned(index) || !cursor.done()) return resources::unknown;
   const AbstractContext* context = index < framework_.countContexts(entity) ? getContext(entity, index) : nullptr;
   if (context == nullptr) {
     NOX_LOG_WARNING(framework_.getLogger(), "No context for entity #" << entity << " at index " << index);
@@ -239,27 +225,25 @@ bool DebuggerFramework::writeContextList(unsigned int entity, AbstractObjectBuil
 
 resources::Status DebuggerFramework::createResource(const char* path, unsigned int length, const DynamicObject& request,
                                                     AbstractObjectBuilder& builder) {
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::unknown;
-  if (hasSegmentAfter(path, length, end)) return resources::unknown;
-  return runCommand(path, begin, end, request, builder);
+  PathCursor cursor(path, length);
+  if (!cursor.next() || !cursor.done()) return resources::unknown;
+  return runCommand(cursor.segment(), request, builder);
 }
 
-resources::Status DebuggerFramework::runCommand(const char* path, unsigned int begin, unsigned int end,
-                                                const DynamicObject& request, AbstractObjectBuilder& builder) {
+resources::Status DebuggerFramework::runCommand(std::string_view command, const DynamicObject& request,
+                                                AbstractObjectBuilder& builder) {
   bool accepted = false;
-  if (isSegment(path, begin, end, "suspend")) {
+  if (command == "suspend") {
     unsigned int entity = invalidEntity;
     if (!readSelectedEntity(request, entity)) return resources::error;
     accepted = entity == invalidEntity ? suspend() : suspendEntity(entity);
-  } else if (isSegment(path, begin, end, "resume")) {
+  } else if (command == "resume") {
     accepted = resume();
-  } else if (isSegment(path, begin, end, "stepin")) {
+  } else if (command == "stepin") {
     accepted = stepIn();
-  } else if (isSegment(path, begin, end, "stepover")) {
+  } else if (command == "stepover") {
     accepted = stepOver();
-  } else if (isSegment(path, begin, end, "stepout")) {
+  } else if (command == "stepout") {
     accepted = stepOut();
   } else {
     return resources::unknown;

@@ -14,9 +14,12 @@
 #include <nox/utils/debugger/AbstractEngine.h>
 #include <nox/utils/debugger/ExecutionController.h>
 
+#include <string_view>
+
 namespace nox::utils {
 class AbstractLogger;
-}
+class PathCursor;
+}  // namespace nox::utils
 
 namespace nox::utils::debugger {
 
@@ -79,10 +82,9 @@ class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
   bool resumeStepping(SetConditions setConditions);
   // The context `framesBelowTop` under the top of `entity`'s stack, or null.
   const AbstractContext* frameBelowTop(unsigned int entity, unsigned int framesBelowTop);
-  resources::Status retrieveEntityResource(const char* path, unsigned int length, AbstractObjectBuilder& reply);
+  resources::Status retrieveEntityResource(PathCursor& cursor, AbstractObjectBuilder& reply);
   bool writeContextList(unsigned int entity, AbstractObjectBuilder& reply) const;
-  resources::Status runCommand(const char* path, unsigned int begin, unsigned int end, const DynamicObject& request,
-                               AbstractObjectBuilder& reply);
+  resources::Status runCommand(std::string_view command, const DynamicObject& request, AbstractObjectBuilder& reply);
   bool writeSuspension(AbstractObjectBuilder& reply);
   // The entity a suspend command's "entity" selects (left as is when there is none);
   // false when the member is there but holds no entity id.

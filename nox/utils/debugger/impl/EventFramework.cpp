@@ -2,8 +2,10 @@
 
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/AbstractLogger.h>
+#include <nox/utils/Decimal.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/DynamicObjectIterator.h>
+#include <nox/utils/PathCursor.h>
 #include <nox/utils/ScopedMutex.h>
 #include <nox/utils/debugger/AbstractEventFilter.h>
 #include <nox/utils/debugger/AbstractEventFilterCreator.h>
@@ -74,9 +76,8 @@ Vector<EventFramework::Event> EventFramework::getEvents() const {
 
 resources::Status EventFramework::retrieveResource(const char* path, unsigned int length, const DynamicObject&,
                                                    AbstractObjectBuilder& builder) {
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+  PathCursor cursor(path, length);
+  if (cursor.done()) {
     ScopedMutex lock(mutex_);
     return reply(builder, [this](AbstractObjectBuilder& out) {
       bool written = out.beginArray();
@@ -86,9 +87,8 @@ resources::Status EventFramework::retrieveResource(const char* path, unsigned in
       return written && out.endArray();
     });
   }
-  if (isSegment(path, begin, end, "subscriptions")) return resources::unknown;
   unsigned int id = 0;
-  if (!parseUnsigned(path + begin, end - begin, id) || hasSegmentAfter(path, length, end)) return resources::unknown;
+  if (!cursor.nextUnsigned(id) || !cursor.done()) return resources::unknown;
   return retrieveEvent(id, builder);
 }
 
@@ -109,10 +109,9 @@ resources::Status EventFramework::retrieveEvent(unsigned int id, AbstractObjectB
 
 resources::Status EventFramework::createResource(const char* path, unsigned int length, const DynamicObject& request,
                                                  AbstractObjectBuilder& builder) {
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::error;
-  if (!isSegment(path, begin, end, "subscriptions") || hasSegmentAfter(path, length, end)) return resources::unknown;
+  PathCursor cursor(path, length);
+  if (!cursor.next()) return resources::error;
+  if (!cursor.is("subscriptions") || !cursor.done()) return resources::unknown;
   return subscribe(request, builder);
 }
 
@@ -176,18 +175,17 @@ resources::Status EventFramework::deleteResource(const char* path, unsigned int 
                                                  AbstractObjectBuilder& builder) {
   // The empty remainder names nothing; "/" (an empty segment) names the whole queue.
   if (length == 0) return resources::unknown;
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+  PathCursor cursor(path, length);
+  if (!cursor.next()) {
     {
       ScopedMutex lock(mutex_);
       events_.clear();
     }
     return replyNull(builder);
   }
-  if (isSegment(path, begin, end, "subscriptions")) return deleteSubscriptions(path + end, length - end, builder);
+  if (cursor.is("subscriptions")) return deleteSubscriptions(cursor, builder);
   unsigned int id = 0;
-  if (!parseUnsigned(path + begin, end - begin, id) || hasSegmentAfter(path, length, end)) return resources::unknown;
+  if (!parseDecimal(cursor.segment(), id) || !cursor.done()) return resources::unknown;
   {
     ScopedMutex lock(mutex_);
     auto found = std::find_if(events_.begin(), events_.end(), [id](const Event& event) { return event.id == id; });
@@ -197,20 +195,16 @@ resources::Status EventFramework::deleteResource(const char* path, unsigned int 
   return replyNull(builder);
 }
 
-// `path` is what follows "subscriptions": "/<handle>" cancels one, "/" all of them.
-resources::Status EventFramework::deleteSubscriptions(const char* path, unsigned int length,
-                                                      AbstractObjectBuilder& builder) {
-  if (length == 0) return resources::unknown;
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) {
+// `cursor` stands on "subscriptions": "/<handle>" after it cancels one, "/" all of them.
+resources::Status EventFramework::deleteSubscriptions(PathCursor& cursor, AbstractObjectBuilder& builder) {
+  if (cursor.restLength() == 0) return resources::unknown;
+  if (cursor.done()) {
     framework_.unsubscribeAll();
     subscriptions_.clear();
     return replyNull(builder);
   }
   unsigned int handle = 0;
-  if (!parseUnsigned(path + begin, end - begin, handle) || hasSegmentAfter(path, length, end) ||
-      !framework_.unsubscribe(handle)) {
+  if (!cursor.nextUnsigned(handle) || !cursor.done() || !framework_.unsubscribe(handle)) {
     return resources::unknown;
   }
   subscriptions_.erase(std::remove(subscriptions_.begin(), subscriptions_.end(), handle), subscriptions_.end());

@@ -17,6 +17,10 @@
 
 #include <cstdint>
 
+namespace nox::utils {
+class PathCursor;
+}
+
 namespace nox::utils::debugger {
 class AbstractEventFilter;
 }
@@ -65,7 +69,7 @@ class NOX_UTILS_API EventFramework : public AbstractEngine, public AbstractEvent
   resources::Status subscribe(const DynamicObject& request, AbstractObjectBuilder& reply);
   bool makeFilters(const DynamicObject& request, unsigned int filters, Vector<AbstractEventFilter*>& made) const;
   resources::Status retrieveEvent(unsigned int id, AbstractObjectBuilder& reply) const;
-  resources::Status deleteSubscriptions(const char* path, unsigned int length, AbstractObjectBuilder& reply);
+  resources::Status deleteSubscriptions(PathCursor& cursor, AbstractObjectBuilder& reply);
 
   InspectionFrameworkImpl& framework_;
   mutable Mutex mutex_;

@@ -9,6 +9,7 @@
 #include <nox/utils/Facilities.h>
 #include <nox/utils/JsonObjectBuilder.h>
 #include <nox/utils/MemoryInputOutput.h>
+#include <nox/utils/PathCursor.h>
 #include <nox/utils/Uri.h>
 #include <nox/utils/debugger/HttpOptions.h>
 #include <nox/utils/debugger/InspectionFramework.h>
@@ -137,16 +138,15 @@ int HttpRequestHandler::answer(const HttpRequest& request, Method method, Abstra
     NOX_LOG_WARNING(logger, "HTTP request: '" << request.rawPath << "' is not a valid path.");
     return JsonHttpReply::badRequest;
   }
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path.data(), static_cast<unsigned int>(path.size()), begin, end)) {
+  PathCursor cursor(path.data(), static_cast<unsigned int>(path.size()));
+  if (!cursor.next()) {
     NOX_LOG_WARNING(logger, "HTTP request: '" << path << "' is not a valid path.");
     return JsonHttpReply::badRequest;
   }
   // Kept on purpose: what a GET misses is not found, what a POST or DELETE misses had
   // nothing to act on.
   const int missing = method == get ? JsonHttpReply::notFound : JsonHttpReply::noContent;
-  if (!isSegment(path.data(), begin, end, "api") && !isSegment(path.data(), begin, end, getVersionNOX_UTILS())) {
+  if (!cursor.is("api") && !cursor.is(getVersionNOX_UTILS())) {
     NOX_LOG_WARNING(logger, "HTTP request: '" << path << "' is not a supported path.");
     return missing;
   }
@@ -158,7 +158,7 @@ int HttpRequestHandler::answer(const HttpRequest& request, Method method, Abstra
     NOX_LOG_WARNING(logger, "HTTP request: '" << request.query << "' is not a valid query.");
     return missing;
   }
-  path.erase(0, end);
+  path.erase(0, path.size() - cursor.restLength());
   return dispatch(method, path, request, connection, parameters, reply);
 }
 
@@ -168,14 +168,12 @@ int HttpRequestHandler::dispatch(Method method, const String& resource, const Ht
   const std::uint64_t errorsBefore = FacilitiesLogger::countErrorsOfThisThread();
   const unsigned int length = static_cast<unsigned int>(resource.size());
   AbstractObjectBuilder& builder = reply.getBuilder();
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  const bool engines = Uri::retrieveFirstPathSegment(resource.data(), length, begin, end) &&
-                       isSegment(resource.data(), begin, end, "engines");
+  PathCursor cursor(resource.data(), length);
+  const bool engines = cursor.next() && cursor.is("engines");
   resources::Status status = resources::unknown;
   switch (method) {
     case get:
-      if (engines && !hasSegmentAfter(resource.data(), length, end)) return listEngines(reply);
+      if (engines && cursor.done()) return listEngines(reply);
       status = framework_.retrieveResource(resource.data(), length, parameters, builder);
       break;
     case post: {

@@ -4,6 +4,7 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObject.h>
+#include <nox/utils/PathCursor.h>
 #include <nox/utils/ScopedMutex.h>
 #include <nox/utils/StringTable.h>
 #include <nox/utils/Uri.h>
@@ -215,11 +216,10 @@ void InspectionFrameworkImpl::disableAllEngines() {
 template <class Call>
 resources::Status InspectionFrameworkImpl::dispatch(const char* path, unsigned int length, Call call) {
   ScopedMutex lock(mutex_);
-  unsigned int begin = 0;
-  unsigned int end = 0;
-  if (!Uri::retrieveFirstPathSegment(path, length, begin, end)) return resources::unknown;
-  AbstractEngine* engine = findEngine(path + begin, end - begin);
-  return engine != nullptr ? call(*engine, path + end, length - end) : resources::unknown;
+  PathCursor cursor(path, length);
+  if (!cursor.next()) return resources::unknown;
+  AbstractEngine* engine = findEngine(cursor.segment().data(), static_cast<unsigned int>(cursor.segment().size()));
+  return engine != nullptr ? call(*engine, cursor.rest(), cursor.restLength()) : resources::unknown;
 }
 
 resources::Status InspectionFrameworkImpl::retrieveResource(const char* path, unsigned int length,

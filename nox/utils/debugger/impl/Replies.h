@@ -26,15 +26,4 @@ inline resources::Status replyNull(AbstractObjectBuilder& builder) {
 // Writes the text form of `uri` as a string value.
 NOX_UTILS_API bool writeUri(AbstractObjectBuilder& builder, const Uri& uri);
 
-// Reads a whole path segment as an unsigned decimal 32-bit number: digits only, at
-// least one, no overflow.
-NOX_UTILS_API bool parseUnsigned(const char* text, unsigned int length, unsigned int& value);
-
-// Whether the segment [begin, end) of `path` is exactly `word`.
-NOX_UTILS_API bool isSegment(const char* path, unsigned int begin, unsigned int end, const char* word);
-
-// Whether another segment follows the one that ends at `end` in the `length` bytes of
-// `path`: resources refuse paths that go on past what they name.
-NOX_UTILS_API bool hasSegmentAfter(const char* path, unsigned int length, unsigned int end);
-
 }  // namespace nox::utils::debugger::impl

@@ -3,10 +3,13 @@
 #include "JsonFields.h"
 #include "MessageWriter.h"
 
+#include <nox/utils/Decimal.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/Uri.h>
 
+#include <cstdint>
 #include <cstdio>
+#include <string_view>
 
 namespace nox::dap {
 
@@ -14,15 +17,13 @@ using nox::utils::DynamicObject;
 using nox::utils::String;
 
 bool FunctionBreakpoints::parseHitCount(const String& text, std::int64_t& count) {
-  std::size_t at = text.find_first_not_of(" \t");
-  const std::size_t end = text.find_last_not_of(" \t");
-  if (at == String::npos || end - at >= 10) return false;
-  count = 0;
-  for (; at <= end; ++at) {
-    if (text[at] < '0' || text[at] > '9') return false;
-    count = count * 10 + (text[at] - '0');
-  }
-  return count >= 1 && count <= 2147483647;
+  const std::size_t begin = text.find_first_not_of(" \t");
+  if (begin == String::npos) return false;
+  const std::string_view digits(text.data() + begin, text.find_last_not_of(" \t") + 1 - begin);
+  std::uint32_t parsed = 0;
+  if (!nox::utils::parseDecimal(digits, parsed) || parsed < 1 || parsed > 2147483647) return false;
+  count = parsed;
+  return true;
 }
 
 void FunctionBreakpoints::readBreakpoint(const DynamicObject& message, unsigned int entry) {

@@ -1,5 +1,7 @@
 #include "MessageFramer.h"
 
+#include <nox/utils/Decimal.h>
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -30,16 +32,13 @@ bool parseContentLength(std::string_view header, std::size_t& length, String& pr
     std::string_view value = line.substr(colon + 1);
     while (!value.empty() && (value.front() == ' ' || value.front() == '\t')) value.remove_prefix(1);
     while (!value.empty() && (value.back() == ' ' || value.back() == '\t')) value.remove_suffix(1);
-    if (found || value.empty() || value.size() > 12 ||
-        !std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+    if (found || value.size() > 12 || !nox::utils::parseDecimal(value, length)) {
       problem = "bad Content-Length '";
       // Shown to the peer: printable and short, whatever it sent.
       for (char c : value.substr(0, 24)) problem += c >= ' ' && c <= '~' ? c : '?';
       problem += found ? "' (given twice)" : "'";
       return false;
     }
-    length = 0;
-    for (char digit : value) length = length * 10 + static_cast<std::size_t>(digit - '0');
     found = true;
   }
   if (!found) problem = "header without Content-Length";

@@ -23,10 +23,6 @@ constexpr unsigned int defaultStringSeed = 100;
 // "[4294967295]" and a spare byte.
 constexpr unsigned int arrayKeyCapacity = 16;
 
-unsigned int lengthOf(const char* text) { return text != nullptr ? static_cast<unsigned int>(std::strlen(text)) : 0; }
-
-bool isSeparator(std::int8_t byte) { return byte == '.' || byte == '['; }
-
 bool isContainer(std::uint32_t type) { return type == type::array || type == type::object; }
 
 // Whether a stored type code is one of type::Type.
@@ -508,11 +504,7 @@ unsigned int DynamicObject::formatArrayKey(char* buffer, unsigned int index) {
 }
 
 bool DynamicObject::checkKey(const char* key, unsigned int length) {
-  if (key == nullptr || length == 0) return false;
-  for (unsigned int i = 0; i < length; ++i) {
-    if (key[i] == '.' || key[i] == '[' || key[i] == ']') return false;
-  }
-  return true;
+  return key != nullptr && length != 0 && details::findReservedKeyByte(key, length) == 0;
 }
 
 unsigned int DynamicObject::getProperty(const char* path, unsigned int length) const {
@@ -651,9 +643,7 @@ void DynamicObject::setInt(unsigned int property, std::int64_t value) {
 }
 
 void DynamicObject::setReal(unsigned int property, double value) {
-  std::uint64_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  writeScalar(property, type::real, bits);
+  writeScalar(property, type::real, Node::encodeReal(value));
 }
 
 void DynamicObject::setBool(unsigned int property, bool value) { writeScalar(property, type::boolean, value ? 0 : 1); }
@@ -824,7 +814,7 @@ unsigned int DynamicObject::findObjectChildByIndex(unsigned int parent, unsigned
         break;
       case 1:
         stack.top().stage = 2;
-        if (!frame.insideName || !isSeparator(node->split.splitByte)) {
+        if (!frame.insideName || !details::isKeySeparator(node->split.splitByte)) {
           stack.push({node->split.equal, frame.handle, 0, true});
         }
         break;
@@ -895,7 +885,7 @@ bool DynamicObject::eraseChild(unsigned int array, unsigned int index) {
     }
     if (node->split.greater != 0) {
       const Node* separator = getNode(node->split.greater);
-      if (separator == nullptr || !isSeparator(separator->split.splitByte)) {
+      if (separator == nullptr || !details::isKeySeparator(separator->split.splitByte)) {
         NOX_FAIL("Invalid state, the greater node of " << element << " is not a valid property separator.");
         return false;
       }
@@ -1242,7 +1232,7 @@ class DynamicObject::SubtreeWalk {
         return builder_.real(value->getRealPayload());
       case type::string: {
         const char* text = object_.stringTable_->retrieve(value->getPayload(), "");
-        return builder_.string(text, lengthOf(text));
+        return builder_.string(text, details::textLength(text));
       }
       case type::boolean:
         return builder_.boolean(value->getPayload() == 0);
@@ -1305,263 +1295,6 @@ class DynamicObject::SubtreeWalk {
 
 bool DynamicObject::visitTrie(unsigned int property, AbstractObjectBuilder& builder) const {
   return SubtreeWalk(*this, builder).run(property);
-}
-
-// ---------------------------------------------------------------------------------------
-// Path forms: resolve the path, then forward to the handle form. A missing property is
-// reported once, by the lookup.
-
-unsigned int DynamicObject::getProperty(const char* path) const { return getProperty(path, lengthOf(path)); }
-
-unsigned int DynamicObject::getPropertyAsserts(const char* path) const {
-  return getPropertyAsserts(path, lengthOf(path));
-}
-
-bool DynamicObject::hasProperty(const char* path, unsigned int length) const { return getProperty(path, length) != 0; }
-
-bool DynamicObject::hasProperty(const char* path) const { return getProperty(path) != 0; }
-
-type::Type DynamicObject::getType(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? getType(property) : type::null;
-}
-
-type::Type DynamicObject::getType(const char* path) const { return getType(path, lengthOf(path)); }
-
-bool DynamicObject::isTypeCompatible(const char* path, unsigned int length, type::Type requested) const {
-  return isTypeCompatible(getProperty(path, length), requested);
-}
-
-bool DynamicObject::isTypeCompatible(const char* path, type::Type requested) const {
-  return isTypeCompatible(path, lengthOf(path), requested);
-}
-
-std::int64_t DynamicObject::getInt(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? getInt(property) : 0;
-}
-
-std::int64_t DynamicObject::getInt(const char* path) const { return getInt(path, lengthOf(path)); }
-
-double DynamicObject::getReal(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? getReal(property) : 0.0;
-}
-
-double DynamicObject::getReal(const char* path) const { return getReal(path, lengthOf(path)); }
-
-bool DynamicObject::getBool(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 && getBool(property);
-}
-
-bool DynamicObject::getBool(const char* path) const { return getBool(path, lengthOf(path)); }
-
-std::uint64_t DynamicObject::getStringHash(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? getStringHash(property) : 0;
-}
-
-std::uint64_t DynamicObject::getStringHash(const char* path) const { return getStringHash(path, lengthOf(path)); }
-
-const char* DynamicObject::getString(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? getString(property) : nullptr;
-}
-
-const char* DynamicObject::getString(const char* path) const { return getString(path, lengthOf(path)); }
-
-void DynamicObject::retrieveValue(const char* path, unsigned int length, DynamicValue& out) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) retrieveValue(property, out);
-}
-
-void DynamicObject::retrieveValue(const char* path, DynamicValue& out) const {
-  retrieveValue(path, lengthOf(path), out);
-}
-
-void DynamicObject::setInt(const char* path, unsigned int length, std::int64_t value) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) setInt(property, value);
-}
-
-void DynamicObject::setInt(const char* path, std::int64_t value) { setInt(path, lengthOf(path), value); }
-
-void DynamicObject::setReal(const char* path, unsigned int length, double value) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) setReal(property, value);
-}
-
-void DynamicObject::setReal(const char* path, double value) { setReal(path, lengthOf(path), value); }
-
-void DynamicObject::setBool(const char* path, unsigned int length, bool value) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) setBool(property, value);
-}
-
-void DynamicObject::setBool(const char* path, bool value) { setBool(path, lengthOf(path), value); }
-
-void DynamicObject::setString(unsigned int property, const char* text) { setString(property, text, lengthOf(text)); }
-
-void DynamicObject::setString(const char* path, unsigned int length, const char* text, unsigned int textLength) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) setString(property, text, textLength);
-}
-
-void DynamicObject::setString(const char* path, const char* text) {
-  setString(path, lengthOf(path), text, lengthOf(text));
-}
-
-void DynamicObject::setValue(const char* path, unsigned int length, const DynamicValue& value) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  if (property != 0) setValue(property, value);
-}
-
-void DynamicObject::setValue(const char* path, const DynamicValue& value) { setValue(path, lengthOf(path), value); }
-
-unsigned int DynamicObject::countChildren(const char* path, unsigned int length) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 ? countChildren(property) : 0;
-}
-
-unsigned int DynamicObject::countChildren(const char* path) const { return countChildren(path, lengthOf(path)); }
-
-unsigned int DynamicObject::addChild(unsigned int parent, const char* name) {
-  return addChild(parent, name, lengthOf(name));
-}
-
-unsigned int DynamicObject::addChild(const char* parentPath, unsigned int parentLength, const char* name,
-                                     unsigned int nameLength) {
-  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
-  return parent != 0 ? addChild(parent, name, nameLength) : 0;
-}
-
-unsigned int DynamicObject::addChild(const char* parentPath, const char* name) {
-  return addChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
-}
-
-unsigned int DynamicObject::getChild(const char* parentPath, unsigned int parentLength, unsigned int index) const {
-  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
-  return parent != 0 ? getChild(parent, index) : 0;
-}
-
-unsigned int DynamicObject::getChild(const char* parentPath, unsigned int index) const {
-  return getChild(parentPath, lengthOf(parentPath), index);
-}
-
-unsigned int DynamicObject::getChild(unsigned int parent, const char* name) const {
-  return getChild(parent, name, lengthOf(name));
-}
-
-unsigned int DynamicObject::getChild(const char* parentPath, unsigned int parentLength, const char* name,
-                                     unsigned int nameLength) const {
-  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
-  return parent != 0 ? getChild(parent, name, nameLength) : 0;
-}
-
-unsigned int DynamicObject::getChild(const char* parentPath, const char* name) const {
-  return getChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
-}
-
-bool DynamicObject::hasChild(unsigned int parent, const char* name) const {
-  return hasChild(parent, name, lengthOf(name));
-}
-
-bool DynamicObject::hasChild(const char* parentPath, unsigned int parentLength, const char* name,
-                             unsigned int nameLength) const {
-  // A question, not a requirement: a missing parent has no children.
-  const unsigned int parent = getProperty(parentPath, parentLength);
-  return parent != 0 && hasChild(parent, name, nameLength);
-}
-
-bool DynamicObject::hasChild(const char* parentPath, const char* name) const {
-  return hasChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
-}
-
-bool DynamicObject::eraseChild(unsigned int parent, const char* name) {
-  return eraseChild(parent, name, lengthOf(name));
-}
-
-bool DynamicObject::eraseChild(const char* parentPath, unsigned int parentLength, const char* name,
-                               unsigned int nameLength) {
-  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
-  return parent != 0 && eraseChild(parent, name, nameLength);
-}
-
-bool DynamicObject::eraseChild(const char* parentPath, const char* name) {
-  return eraseChild(parentPath, lengthOf(parentPath), name, lengthOf(name));
-}
-
-bool DynamicObject::eraseChild(const char* arrayPath, unsigned int arrayLength, unsigned int index) {
-  const unsigned int array = getPropertyAsserts(arrayPath, arrayLength);
-  return array != 0 && eraseChild(array, index);
-}
-
-bool DynamicObject::eraseChild(const char* arrayPath, unsigned int index) {
-  return eraseChild(arrayPath, lengthOf(arrayPath), index);
-}
-
-unsigned int DynamicObject::renameChild(unsigned int parent, const char* oldName, const char* newName) {
-  return renameChild(parent, oldName, lengthOf(oldName), newName, lengthOf(newName));
-}
-
-unsigned int DynamicObject::renameChild(const char* parentPath, unsigned int parentLength, const char* oldName,
-                                        unsigned int oldLength, const char* newName, unsigned int newLength) {
-  const unsigned int parent = getPropertyAsserts(parentPath, parentLength);
-  return parent != 0 ? renameChild(parent, oldName, oldLength, newName, newLength) : 0;
-}
-
-unsigned int DynamicObject::renameChild(const char* parentPath, const char* oldName, const char* newName) {
-  return renameChild(parentPath, lengthOf(parentPath), oldName, lengthOf(oldName), newName, lengthOf(newName));
-}
-
-bool DynamicObject::resize(const char* arrayPath, unsigned int arrayLength, unsigned int size) {
-  const unsigned int array = getPropertyAsserts(arrayPath, arrayLength);
-  return array != 0 && resize(array, size);
-}
-
-bool DynamicObject::resize(const char* arrayPath, unsigned int size) {
-  return resize(arrayPath, lengthOf(arrayPath), size);
-}
-
-void DynamicObject::resetProperty(const char* path, unsigned int length) {
-  resetProperty(getPropertyAsserts(path, length));
-}
-
-void DynamicObject::resetProperty(const char* path) { resetProperty(path, lengthOf(path)); }
-
-bool DynamicObject::put(unsigned int property, const DynamicObject& source) {
-  return put(property, source, source.getRoot());
-}
-
-bool DynamicObject::put(unsigned int property, const DynamicObject& source, const char* sourcePath,
-                        unsigned int sourceLength) {
-  const unsigned int sourceProperty = source.getPropertyAsserts(sourcePath, sourceLength);
-  return sourceProperty != 0 && put(property, source, sourceProperty);
-}
-
-bool DynamicObject::put(unsigned int property, const DynamicObject& source, const char* sourcePath) {
-  return put(property, source, sourcePath, lengthOf(sourcePath));
-}
-
-bool DynamicObject::put(const char* path, unsigned int length, const DynamicObject& source) {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 && put(property, source);
-}
-
-bool DynamicObject::put(const char* path, const DynamicObject& source) { return put(path, lengthOf(path), source); }
-
-bool DynamicObject::retrieve(unsigned int property, DynamicObject& target) const {
-  return retrieve(property, target, target.getRoot());
-}
-
-bool DynamicObject::retrieve(const char* path, unsigned int length, DynamicObject& target) const {
-  const unsigned int property = getPropertyAsserts(path, length);
-  return property != 0 && retrieve(property, target);
-}
-
-bool DynamicObject::retrieve(const char* path, DynamicObject& target) const {
-  return retrieve(path, lengthOf(path), target);
 }
 
 }  // namespace nox::utils

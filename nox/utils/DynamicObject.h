@@ -10,7 +10,8 @@
 // A property is addressed by path or by its handle (the handle of its key's
 // terminator node; 0 means none). Handles stay valid until their property is erased.
 // Almost every operation exists in three forms: by handle, by path and length, and by
-// NUL-terminated path. The path forms assert when the property does not exist.
+// NUL-terminated path. Each is implemented once, by handle; the path forms are inline
+// wrappers that assert when the property does not exist.
 //
 // Key bytes compare as signed bytes: children enumerate in that order (bytes
 // 0x80..0xFF before ASCII, a name before its extensions, "[10]" before "[2]").
@@ -25,6 +26,7 @@
 #include <nox/utils/Export.h>
 #include <nox/utils/Type.h>
 #include <nox/utils/details/DynamicObjectNode.h>
+#include <nox/utils/details/TextLength.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -39,6 +41,21 @@ class TypeManager;
 class Uuid;
 
 class NOX_UTILS_API DynamicObject {
+  // The helpers of the inline path forms below.
+  template <class Index>
+  using IfIndex = std::enable_if_t<std::is_integral_v<Index>>;
+
+  static unsigned int textLength(const char* text) { return details::textLength(text); }
+
+  // Runs `operation` on the property at `path`. A missing property was reported by the
+  // lookup; the operation's neutral (value-initialised) result then stands for it.
+  template <class Operation>
+  auto atPath(const char* path, unsigned int length, Operation operation) const -> decltype(operation(0u)) {
+    const unsigned int property = getPropertyAsserts(path, length);
+    if (property != 0) return operation(property);
+    return decltype(operation(0u))();
+  }
+
  public:
   using NodeAllocator = BlockAllocator<details::DynamicObjectNode>;
 
@@ -77,125 +94,191 @@ class NOX_UTILS_API DynamicObject {
 
   unsigned int getRoot() const { return root_; }
   unsigned int getProperty(const char* path, unsigned int length) const;
-  unsigned int getProperty(const char* path) const;
+  unsigned int getProperty(const char* path) const { return getProperty(path, textLength(path)); }
   // As getProperty, but a missing property is an assertion failure.
   unsigned int getPropertyAsserts(const char* path, unsigned int length) const;
-  unsigned int getPropertyAsserts(const char* path) const;
-  bool hasProperty(const char* path, unsigned int length) const;
-  bool hasProperty(const char* path) const;
+  unsigned int getPropertyAsserts(const char* path) const { return getPropertyAsserts(path, textLength(path)); }
+  bool hasProperty(const char* path, unsigned int length) const { return getProperty(path, length) != 0; }
+  bool hasProperty(const char* path) const { return getProperty(path) != 0; }
+
+  // Every operation below is implemented once, on a handle. Its path forms resolve the
+  // path with getPropertyAsserts and, when the property is missing (already reported),
+  // answer the operation's neutral result: 0, false, null, or nothing.
 
   // ---- Types.
 
   type::Type getType(unsigned int property) const;
-  type::Type getType(const char* path, unsigned int length) const;
-  type::Type getType(const char* path) const;
-  // Null (and a missing property) is compatible with everything; integer and real with
-  // each other; every other type only with itself.
+  type::Type getType(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getType(property); });
+  }
+  type::Type getType(const char* path) const { return getType(path, textLength(path)); }
+  // Null (and a missing property, even by path) is compatible with everything; integer
+  // and real with each other; every other type only with itself.
   bool isTypeCompatible(unsigned int property, type::Type requested) const;
-  bool isTypeCompatible(const char* path, unsigned int length, type::Type requested) const;
-  bool isTypeCompatible(const char* path, type::Type requested) const;
+  bool isTypeCompatible(const char* path, unsigned int length, type::Type requested) const {
+    return isTypeCompatible(getProperty(path, length), requested);
+  }
+  bool isTypeCompatible(const char* path, type::Type requested) const {
+    return isTypeCompatible(getProperty(path), requested);
+  }
   // Compatibility with a registered run-time type, through the value kind it stands for.
   bool isTypeCompatible(unsigned int property, const Uuid& typeId, const TypeManager& types) const;
-  bool isTypeCompatible(const char* path, unsigned int length, const Uuid& typeId, const TypeManager& types) const;
-  bool isTypeCompatible(const char* path, const Uuid& typeId, const TypeManager& types) const;
+  bool isTypeCompatible(const char* path, unsigned int length, const Uuid& typeId, const TypeManager& types) const {
+    return isTypeCompatible(getProperty(path, length), typeId, types);
+  }
+  bool isTypeCompatible(const char* path, const Uuid& typeId, const TypeManager& types) const {
+    return isTypeCompatible(getProperty(path), typeId, types);
+  }
 
   // ---- Values. Getters convert between integer and real only; setters retype the
   // property, dropping the descendants of an array or object first.
 
   std::int64_t getInt(unsigned int property) const;
-  std::int64_t getInt(const char* path, unsigned int length) const;
-  std::int64_t getInt(const char* path) const;
+  std::int64_t getInt(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getInt(property); });
+  }
+  std::int64_t getInt(const char* path) const { return getInt(path, textLength(path)); }
   double getReal(unsigned int property) const;
-  double getReal(const char* path, unsigned int length) const;
-  double getReal(const char* path) const;
+  double getReal(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getReal(property); });
+  }
+  double getReal(const char* path) const { return getReal(path, textLength(path)); }
   bool getBool(unsigned int property) const;
-  bool getBool(const char* path, unsigned int length) const;
-  bool getBool(const char* path) const;
+  bool getBool(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getBool(property); });
+  }
+  bool getBool(const char* path) const { return getBool(path, textLength(path)); }
   // The hash of a string value in getStringTable().
   std::uint64_t getStringHash(unsigned int property) const;
-  std::uint64_t getStringHash(const char* path, unsigned int length) const;
-  std::uint64_t getStringHash(const char* path) const;
+  std::uint64_t getStringHash(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getStringHash(property); });
+  }
+  std::uint64_t getStringHash(const char* path) const { return getStringHash(path, textLength(path)); }
   const char* getString(unsigned int property) const;
-  const char* getString(const char* path, unsigned int length) const;
-  const char* getString(const char* path) const;
+  const char* getString(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return getString(property); });
+  }
+  const char* getString(const char* path) const { return getString(path, textLength(path)); }
   // Copies a scalar property into `out` (arrays and objects are assertion failures).
   void retrieveValue(unsigned int property, DynamicValue& out) const;
-  void retrieveValue(const char* path, unsigned int length, DynamicValue& out) const;
-  void retrieveValue(const char* path, DynamicValue& out) const;
+  void retrieveValue(const char* path, unsigned int length, DynamicValue& out) const {
+    atPath(path, length, [&](unsigned int property) { retrieveValue(property, out); });
+  }
+  void retrieveValue(const char* path, DynamicValue& out) const { retrieveValue(path, textLength(path), out); }
 
   void setInt(unsigned int property, std::int64_t value);
-  void setInt(const char* path, unsigned int length, std::int64_t value);
-  void setInt(const char* path, std::int64_t value);
+  void setInt(const char* path, unsigned int length, std::int64_t value) {
+    atPath(path, length, [&](unsigned int property) { setInt(property, value); });
+  }
+  void setInt(const char* path, std::int64_t value) { setInt(path, textLength(path), value); }
   void setReal(unsigned int property, double value);
-  void setReal(const char* path, unsigned int length, double value);
-  void setReal(const char* path, double value);
+  void setReal(const char* path, unsigned int length, double value) {
+    atPath(path, length, [&](unsigned int property) { setReal(property, value); });
+  }
+  void setReal(const char* path, double value) { setReal(path, textLength(path), value); }
   void setBool(unsigned int property, bool value);
-  void setBool(const char* path, unsigned int length, bool value);
-  void setBool(const char* path, bool value);
+  void setBool(const char* path, unsigned int length, bool value) {
+    atPath(path, length, [&](unsigned int property) { setBool(property, value); });
+  }
+  void setBool(const char* path, bool value) { setBool(path, textLength(path), value); }
   // The text is interned in the string table; a hash collision stores hash 0.
   void setString(unsigned int property, const char* text, unsigned int textLength);
-  void setString(unsigned int property, const char* text);
-  void setString(const char* path, unsigned int length, const char* text, unsigned int textLength);
-  void setString(const char* path, const char* text);
+  void setString(unsigned int property, const char* text) { setString(property, text, textLength(text)); }
+  void setString(const char* path, unsigned int length, const char* text, unsigned int textLength) {
+    atPath(path, length, [&](unsigned int property) { setString(property, text, textLength); });
+  }
+  void setString(const char* path, const char* text) { setString(path, textLength(path), text, textLength(text)); }
   void setValue(unsigned int property, const DynamicValue& value);
-  void setValue(const char* path, unsigned int length, const DynamicValue& value);
-  void setValue(const char* path, const DynamicValue& value);
+  void setValue(const char* path, unsigned int length, const DynamicValue& value) {
+    atPath(path, length, [&](unsigned int property) { setValue(property, value); });
+  }
+  void setValue(const char* path, const DynamicValue& value) { setValue(path, textLength(path), value); }
 
   // ---- Children.
 
   // The stored number of children of an array or object; 0 for scalars.
   unsigned int countChildren(unsigned int property) const;
-  unsigned int countChildren(const char* path, unsigned int length) const;
-  unsigned int countChildren(const char* path) const;
+  unsigned int countChildren(const char* path, unsigned int length) const {
+    return atPath(path, length, [this](unsigned int property) { return countChildren(property); });
+  }
+  unsigned int countChildren(const char* path) const { return countChildren(path, textLength(path)); }
 
   // Adds (or finds) the named child; a null parent becomes an object. Returns the
   // child's handle, 0 when nothing was added.
   unsigned int addChild(unsigned int parent, const char* name, unsigned int nameLength);
-  unsigned int addChild(unsigned int parent, const char* name);
-  unsigned int addChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength);
-  unsigned int addChild(const char* parentPath, const char* name);
+  unsigned int addChild(unsigned int parent, const char* name) { return addChild(parent, name, textLength(name)); }
+  unsigned int addChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength) {
+    return atPath(parentPath, parentLength, [&](unsigned int parent) { return addChild(parent, name, nameLength); });
+  }
+  unsigned int addChild(const char* parentPath, const char* name) {
+    return addChild(parentPath, textLength(parentPath), name, textLength(name));
+  }
 
   // For an array, the element `index`; for an object, the index-th key that continues
   // the object's path in trie order. 0 when out of range.
   unsigned int getChild(unsigned int parent, unsigned int index) const;
-  unsigned int getChild(const char* parentPath, unsigned int parentLength, unsigned int index) const;
-  unsigned int getChild(const char* parentPath, unsigned int index) const;
+  unsigned int getChild(const char* parentPath, unsigned int parentLength, unsigned int index) const {
+    return atPath(parentPath, parentLength, [&](unsigned int parent) { return getChild(parent, index); });
+  }
+  unsigned int getChild(const char* parentPath, unsigned int index) const {
+    return getChild(parentPath, textLength(parentPath), index);
+  }
   // Any integer index, so that a literal 0 does not read as a null name.
-  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  template <class Index, class = IfIndex<Index>>
   unsigned int getChild(unsigned int parent, Index index) const {
     return getChild(parent, static_cast<unsigned int>(index));
   }
-  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  template <class Index, class = IfIndex<Index>>
   unsigned int getChild(const char* parentPath, Index index) const {
     return getChild(parentPath, static_cast<unsigned int>(index));
   }
   unsigned int getChild(unsigned int parent, const char* name, unsigned int nameLength) const;
-  unsigned int getChild(unsigned int parent, const char* name) const;
+  unsigned int getChild(unsigned int parent, const char* name) const {
+    return getChild(parent, name, textLength(name));
+  }
   unsigned int getChild(const char* parentPath, unsigned int parentLength, const char* name,
-                        unsigned int nameLength) const;
-  unsigned int getChild(const char* parentPath, const char* name) const;
+                        unsigned int nameLength) const {
+    return atPath(parentPath, parentLength, [&](unsigned int parent) { return getChild(parent, name, nameLength); });
+  }
+  unsigned int getChild(const char* parentPath, const char* name) const {
+    return getChild(parentPath, textLength(parentPath), name, textLength(name));
+  }
 
+  // A question, not a requirement: a missing parent, even by path, has no children.
   bool hasChild(unsigned int parent, const char* name, unsigned int nameLength) const;
-  bool hasChild(unsigned int parent, const char* name) const;
-  bool hasChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength) const;
-  bool hasChild(const char* parentPath, const char* name) const;
+  bool hasChild(unsigned int parent, const char* name) const { return hasChild(parent, name, textLength(name)); }
+  bool hasChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength) const {
+    const unsigned int parent = getProperty(parentPath, parentLength);
+    return parent != 0 && hasChild(parent, name, nameLength);
+  }
+  bool hasChild(const char* parentPath, const char* name) const {
+    return hasChild(parentPath, textLength(parentPath), name, textLength(name));
+  }
 
   // Removes the named child and its descendants; false (silently) when there is no such
   // child. An object whose last child goes becomes null.
   bool eraseChild(unsigned int parent, const char* name, unsigned int nameLength);
-  bool eraseChild(unsigned int parent, const char* name);
-  bool eraseChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength);
-  bool eraseChild(const char* parentPath, const char* name);
+  bool eraseChild(unsigned int parent, const char* name) { return eraseChild(parent, name, textLength(name)); }
+  bool eraseChild(const char* parentPath, unsigned int parentLength, const char* name, unsigned int nameLength) {
+    return atPath(parentPath, parentLength, [&](unsigned int parent) { return eraseChild(parent, name, nameLength); });
+  }
+  bool eraseChild(const char* parentPath, const char* name) {
+    return eraseChild(parentPath, textLength(parentPath), name, textLength(name));
+  }
   // Removes an array element; the later elements move down by one index. An index out
   // of range changes nothing and answers true.
   bool eraseChild(unsigned int array, unsigned int index);
-  bool eraseChild(const char* arrayPath, unsigned int arrayLength, unsigned int index);
-  bool eraseChild(const char* arrayPath, unsigned int index);
-  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  bool eraseChild(const char* arrayPath, unsigned int arrayLength, unsigned int index) {
+    return atPath(arrayPath, arrayLength, [&](unsigned int array) { return eraseChild(array, index); });
+  }
+  bool eraseChild(const char* arrayPath, unsigned int index) {
+    return eraseChild(arrayPath, textLength(arrayPath), index);
+  }
+  template <class Index, class = IfIndex<Index>>
   bool eraseChild(unsigned int array, Index index) {
     return eraseChild(array, static_cast<unsigned int>(index));
   }
-  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  template <class Index, class = IfIndex<Index>>
   bool eraseChild(const char* arrayPath, Index index) {
     return eraseChild(arrayPath, static_cast<unsigned int>(index));
   }
@@ -203,21 +286,30 @@ class NOX_UTILS_API DynamicObject {
   // Moves a child, with its value and subtree, to a new name; returns its new handle.
   unsigned int renameChild(unsigned int parent, const char* oldName, unsigned int oldLength, const char* newName,
                            unsigned int newLength);
-  unsigned int renameChild(unsigned int parent, const char* oldName, const char* newName);
+  unsigned int renameChild(unsigned int parent, const char* oldName, const char* newName) {
+    return renameChild(parent, oldName, textLength(oldName), newName, textLength(newName));
+  }
   unsigned int renameChild(const char* parentPath, unsigned int parentLength, const char* oldName,
-                           unsigned int oldLength, const char* newName, unsigned int newLength);
-  unsigned int renameChild(const char* parentPath, const char* oldName, const char* newName);
+                           unsigned int oldLength, const char* newName, unsigned int newLength) {
+    return atPath(parentPath, parentLength,
+                  [&](unsigned int parent) { return renameChild(parent, oldName, oldLength, newName, newLength); });
+  }
+  unsigned int renameChild(const char* parentPath, const char* oldName, const char* newName) {
+    return renameChild(parentPath, textLength(parentPath), oldName, textLength(oldName), newName, textLength(newName));
+  }
 
   // Makes a null or array property an array of `size` elements (new ones null). Size 0
   // makes it null; sizes from getMaximumArraySize() on answer false.
   bool resize(unsigned int array, unsigned int size);
-  bool resize(const char* arrayPath, unsigned int arrayLength, unsigned int size);
-  bool resize(const char* arrayPath, unsigned int size);
+  bool resize(const char* arrayPath, unsigned int arrayLength, unsigned int size) {
+    return atPath(arrayPath, arrayLength, [&](unsigned int array) { return resize(array, size); });
+  }
+  bool resize(const char* arrayPath, unsigned int size) { return resize(arrayPath, textLength(arrayPath), size); }
 
   // Makes the property null and removes all its descendants. Handle 0 does nothing.
   void resetProperty(unsigned int property);
-  void resetProperty(const char* path, unsigned int length);
-  void resetProperty(const char* path);
+  void resetProperty(const char* path, unsigned int length) { resetProperty(getPropertyAsserts(path, length)); }
+  void resetProperty(const char* path) { resetProperty(path, textLength(path)); }
 
   // Erases the single key `key` below `start` (no descendants); whether a value went.
   bool eraseProperty(unsigned int start, const char* key, unsigned int length);
@@ -227,17 +319,28 @@ class NOX_UTILS_API DynamicObject {
   // Makes `property` a copy of `source`'s property `sourceProperty` (its root when
   // omitted), subtree included.
   bool put(unsigned int property, const DynamicObject& source, unsigned int sourceProperty);
-  bool put(unsigned int property, const DynamicObject& source);
-  bool put(unsigned int property, const DynamicObject& source, const char* sourcePath, unsigned int sourceLength);
-  bool put(unsigned int property, const DynamicObject& source, const char* sourcePath);
-  bool put(const char* path, unsigned int length, const DynamicObject& source);
-  bool put(const char* path, const DynamicObject& source);
+  bool put(unsigned int property, const DynamicObject& source) { return put(property, source, source.getRoot()); }
+  bool put(unsigned int property, const DynamicObject& source, const char* sourcePath, unsigned int sourceLength) {
+    return source.atPath(sourcePath, sourceLength,
+                         [&](unsigned int sourceProperty) { return put(property, source, sourceProperty); });
+  }
+  bool put(unsigned int property, const DynamicObject& source, const char* sourcePath) {
+    return put(property, source, sourcePath, textLength(sourcePath));
+  }
+  bool put(const char* path, unsigned int length, const DynamicObject& source) {
+    return atPath(path, length, [&](unsigned int property) { return put(property, source); });
+  }
+  bool put(const char* path, const DynamicObject& source) { return put(path, textLength(path), source); }
   // Makes `target`'s property `targetProperty` (its root when omitted) a copy of
   // `property`, subtree included.
   bool retrieve(unsigned int property, DynamicObject& target, unsigned int targetProperty) const;
-  bool retrieve(unsigned int property, DynamicObject& target) const;
-  bool retrieve(const char* path, unsigned int length, DynamicObject& target) const;
-  bool retrieve(const char* path, DynamicObject& target) const;
+  bool retrieve(unsigned int property, DynamicObject& target) const {
+    return retrieve(property, target, target.getRoot());
+  }
+  bool retrieve(const char* path, unsigned int length, DynamicObject& target) const {
+    return atPath(path, length, [&](unsigned int property) { return retrieve(property, target); });
+  }
+  bool retrieve(const char* path, DynamicObject& target) const { return retrieve(path, textLength(path), target); }
 
   // Emits `property`'s value as build events: scalars as one event, objects and arrays
   // as begin, (child, value)*, end. No begin()/end() around it.

@@ -35,14 +35,6 @@ const char* describeKind(type::Type type) {
   return "an unknown kind of value";
 }
 
-// The first byte of `key` that a child name may not hold, or 0.
-char findForbiddenKeyCharacter(const char* key, unsigned int length) {
-  for (unsigned int i = 0; i < length; ++i) {
-    if (key[i] == '.' || key[i] == '[' || key[i] == ']') return key[i];
-  }
-  return 0;
-}
-
 }  // namespace
 
 DynamicObjectBuilder::DynamicObjectBuilder(DynamicObject& target, unsigned int property) : target_(&target) {
@@ -148,7 +140,7 @@ bool DynamicObjectBuilder::objectChild(const char* key, unsigned int length) {
   std::string_view name(key, length);
   // Keys come from outside (JSON text, binary messages): a name that would read as a
   // path is refused here, before the object would treat it as a broken contract.
-  if (char forbidden = findForbiddenKeyCharacter(key, length)) {
+  if (char forbidden = details::findReservedKeyByte(key, length)) {
     NOX_LOG_ERROR(getLogger(), error::invalidArgument,
                   "Unable to create a child named " << name << " to the current property, invalid character '"
                                                     << forbidden << "' found.");

@@ -9,8 +9,6 @@ namespace {
 
 constexpr unsigned int unbounded = ~0u;
 
-bool isSeparator(std::int8_t byte) { return byte == '.' || byte == '['; }
-
 }  // namespace
 
 DynamicObjectIterator::DynamicObjectIterator(const DynamicObject& object, unsigned int start)
@@ -97,8 +95,8 @@ inline bool DynamicObjectIterator::enterEqual(const Node& node) {
   // Right below a property other than the root, the trie also holds the keys of
   // siblings whose names extend the start's name ("ab" beside "a"): only the
   // separators lead to the start's own descendants.
-  if (key_.empty() && !startIsRoot_ && !isSeparator(byte)) return false;
-  if (isSeparator(byte) && !key_.empty()) {
+  if (key_.empty() && !startIsRoot_ && !details::isKeySeparator(byte)) return false;
+  if (details::isKeySeparator(byte) && !key_.empty()) {
     if (depth_ >= maxDepth_) return false;
     ++depth_;
   }
@@ -112,7 +110,7 @@ inline bool DynamicObjectIterator::leaveEqual(const Node& node) {
     return false;
   }
   key_.pop_back();
-  if (isSeparator(node.split.splitByte) && !key_.empty()) --depth_;
+  if (details::isKeySeparator(node.split.splitByte) && !key_.empty()) --depth_;
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/ErrorType.h>
+#include <nox/utils/details/TextLength.h>
 
 #include <cstring>
 #include <string_view>
@@ -91,8 +92,6 @@ bool isText(const char* text) {
   return false;
 }
 
-unsigned int lengthOf(const char* text) { return static_cast<unsigned int>(std::strlen(text)); }
-
 }  // namespace
 
 std::uint64_t murmurHash64B(const void* data, unsigned int length, unsigned int seed) {
@@ -148,7 +147,7 @@ std::uint64_t StringTable::add(const char* text, unsigned int length, AbstractLo
 }
 
 std::uint64_t StringTable::add(const char* text, AbstractLogger* logger) {
-  return isText(text) ? add(text, lengthOf(text), logger) : 0;
+  return isText(text) ? add(text, details::textLength(text), logger) : 0;
 }
 
 std::uint64_t StringTable::hash(const char* text, unsigned int length, AbstractLogger* logger) const {
@@ -162,7 +161,7 @@ std::uint64_t StringTable::hash(const char* text, unsigned int length, AbstractL
 }
 
 std::uint64_t StringTable::hash(const char* text, AbstractLogger* logger) const {
-  return isText(text) ? hash(text, lengthOf(text), logger) : 0;
+  return isText(text) ? hash(text, details::textLength(text), logger) : 0;
 }
 
 bool StringTable::check(const char* text, unsigned int length, const std::uint64_t& hash,
@@ -181,7 +180,7 @@ bool StringTable::check(const char* text, unsigned int length, const std::uint64
 }
 
 bool StringTable::check(const char* text, const std::uint64_t& hash, AbstractLogger* logger) const {
-  return isText(text) && check(text, lengthOf(text), hash, logger);
+  return isText(text) && check(text, details::textLength(text), hash, logger);
 }
 
 const char* StringTable::retrieve(const std::uint64_t& hash, const char* defaultValue) const {

@@ -307,13 +307,4 @@ bool DynamicObject::isTypeCompatible(unsigned int property, const Uuid& typeId, 
   return isTypeCompatible(property, types.getType(typeId));
 }
 
-bool DynamicObject::isTypeCompatible(const char* path, unsigned int length, const Uuid& typeId,
-                                     const TypeManager& types) const {
-  return isTypeCompatible(path, length, types.getType(typeId));
-}
-
-bool DynamicObject::isTypeCompatible(const char* path, const Uuid& typeId, const TypeManager& types) const {
-  return isTypeCompatible(path, types.getType(typeId));
-}
-
 }  // namespace nox::utils

@@ -5,6 +5,7 @@
 #include <nox/utils/AssertingLogger.h>
 #include <nox/utils/Assertion.h>
 #include <nox/utils/String.h>
+#include <nox/utils/details/TextLength.h>
 
 #include <algorithm>
 #include <charconv>
@@ -57,8 +58,6 @@ bool isGiven(const char* text, const char* message) {
 bool isGiven(const char* text, unsigned int length, const char* message) {
   return length == 0 || isGiven(text, message);
 }
-
-unsigned int measure(const char* text) { return static_cast<unsigned int>(std::strlen(text)); }
 
 unsigned int find(const char* text, unsigned int begin, unsigned int end, char c) {
   while (begin < end && text[begin] != c) ++begin;
@@ -188,7 +187,7 @@ bool Uri::set(const char* text, AbstractLogger* logger) {
     clear();
     return false;
   }
-  return set(text, measure(text), logger);
+  return set(text, details::textLength(text), logger);
 }
 
 bool Uri::set(const char* text, unsigned int length, AbstractLogger* logger) {
@@ -219,8 +218,9 @@ bool Uri::set(const char* scheme, const char* path, const char* extension, const
     clear();
     return false;
   }
-  return set(scheme, measure(scheme), path, measure(path), extension, measure(extension), query, measure(query),
-             fragment, measure(fragment), logger);
+  return set(scheme, details::textLength(scheme), path, details::textLength(path), extension,
+             details::textLength(extension), query, details::textLength(query), fragment, details::textLength(fragment),
+             logger);
 }
 
 bool Uri::set(const char* scheme, unsigned int schemeLength, const char* path, unsigned int pathLength,
@@ -237,7 +237,7 @@ bool Uri::set(const char* scheme, unsigned int schemeLength, const char* path, u
 }
 
 bool Uri::setScheme(const char* scheme, AbstractLogger* logger) {
-  return isGiven(scheme, "NULL scheme given") && setScheme(scheme, measure(scheme), logger);
+  return isGiven(scheme, "NULL scheme given") && setScheme(scheme, details::textLength(scheme), logger);
 }
 
 bool Uri::setScheme(const char* scheme, unsigned int length, AbstractLogger* logger) {
@@ -250,7 +250,7 @@ bool Uri::setScheme(const char* scheme, unsigned int length, AbstractLogger* log
 }
 
 bool Uri::setPath(const char* path, AbstractLogger* logger) {
-  return isGiven(path, "NULL path given") && setPath(path, measure(path), logger);
+  return isGiven(path, "NULL path given") && setPath(path, details::textLength(path), logger);
 }
 
 bool Uri::setPath(const char* path, unsigned int length, AbstractLogger* logger) {
@@ -299,7 +299,7 @@ bool Uri::setPathSegments(const char* const* segments, const unsigned int* lengt
 }
 
 bool Uri::setExtension(const char* extension, AbstractLogger* logger) {
-  return isGiven(extension, "NULL extension given") && setExtension(extension, measure(extension), logger);
+  return isGiven(extension, "NULL extension given") && setExtension(extension, details::textLength(extension), logger);
 }
 
 bool Uri::setExtension(const char* extension, unsigned int length, AbstractLogger* logger) {
@@ -312,7 +312,7 @@ bool Uri::setExtension(const char* extension, unsigned int length, AbstractLogge
 }
 
 bool Uri::setQuery(const char* query, AbstractLogger* logger) {
-  return isGiven(query, "NULL query given") && setQuery(query, measure(query), logger);
+  return isGiven(query, "NULL query given") && setQuery(query, details::textLength(query), logger);
 }
 
 bool Uri::setQuery(const char* query, unsigned int length, AbstractLogger* logger) {
@@ -325,7 +325,7 @@ bool Uri::setQuery(const char* query, unsigned int length, AbstractLogger* logge
 }
 
 bool Uri::setFragment(const char* fragment, AbstractLogger* logger) {
-  return isGiven(fragment, "NULL fragment given") && setFragment(fragment, measure(fragment), logger);
+  return isGiven(fragment, "NULL fragment given") && setFragment(fragment, details::textLength(fragment), logger);
 }
 
 bool Uri::setFragment(const char* fragment, unsigned int length, AbstractLogger* logger) {

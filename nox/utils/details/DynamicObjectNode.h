@@ -47,13 +47,26 @@ union DynamicObjectNode {
     std::memcpy(&real, &bits, sizeof real);
     return real;
   }
-  void setRealPayload(double real) {
+  // The payload of a real: its bits.
+  static std::uint64_t encodeReal(double real) {
     std::uint64_t bits;
     std::memcpy(&bits, &real, sizeof bits);
-    setPayload(bits);
+    return bits;
   }
 };
 
 static_assert(sizeof(DynamicObjectNode) == 16, "trie nodes are 16-byte records");
+
+// Key syntax: "." begins a child's name and "[" an array element's index, which "]"
+// closes. A child's name may hold none of the three.
+inline bool isKeySeparator(std::int8_t byte) { return byte == '.' || byte == '['; }
+
+// The first byte of a child's name that the key syntax reserves, or 0.
+inline char findReservedKeyByte(const char* name, unsigned int length) {
+  for (unsigned int i = 0; i < length; ++i) {
+    if (name[i] == '.' || name[i] == '[' || name[i] == ']') return name[i];
+  }
+  return 0;
+}
 
 }  // namespace nox::utils::details

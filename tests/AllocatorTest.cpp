@@ -41,6 +41,15 @@ TEST(Allocator, CountsLiveBytesAndBlocks) {
   EXPECT_EQ(allocator.allocationCount(), allocations + 1);
 }
 
+TEST(Allocator, AFreeOfTheWrongSizeAborts) {
+  Allocator& allocator = Allocator::instance();
+  void* raw = allocator.allocate(64, __FILE__, __LINE__);
+  EXPECT_DEATH(allocator.deallocate(raw, 65), "freeing 65 bytes of a block of 64 bytes");
+  allocator.deallocate(raw, 64);
+  void* unknown = allocator.allocate(8, __FILE__, __LINE__);
+  allocator.deallocate(unknown, 0);
+}
+
 TEST(Allocator, DestroyThroughABasePointerFreesTheWholeObject) {
   Allocator& allocator = Allocator::instance();
   const auto bytes = allocator.liveBytes();

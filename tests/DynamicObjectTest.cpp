@@ -362,6 +362,31 @@ TEST(DynamicObject, ErasingAndResettingChildren) {
   EXPECT_EQ(object.countUsedNodes(), 3u);
 }
 
+// The low-level erasure removes one key's value and the trie nodes no other key needs,
+// and leaves both the key's descendants and its parent's count alone.
+TEST(DynamicObject, ErasingOneKeyPrunesOnlyItsOwnNodes) {
+  DynamicObject object;
+  const unsigned int root = object.getRoot();
+  const unsigned int a = object.addChild(root, "a");
+  object.setInt(object.addChild(a, "xy"), 1);
+  const unsigned int withoutXz = object.countUsedNodes();
+  object.setInt(object.addChild(object.addChild(a, "xz"), "deep"), 3);
+  const unsigned int withDeep = object.countUsedNodes();
+
+  EXPECT_FALSE(object.eraseProperty(a, ".nothing", 8));
+  EXPECT_EQ(object.countUsedNodes(), withDeep);
+  // "a.xz.deep" keeps the nodes of ".xz" alive, so only the value goes.
+  EXPECT_TRUE(object.eraseProperty(a, ".xz", 3));
+  EXPECT_FALSE(object.hasProperty("a.xz"));
+  EXPECT_EQ(object.getInt("a.xz.deep"), 3);
+  EXPECT_EQ(object.getInt("a.xy"), 1);
+  EXPECT_EQ(object.countChildren(a), 2u);
+  EXPECT_TRUE(object.eraseProperty(a, ".xz.deep", 8));
+  // Every node that only "a.xz" and "a.xz.deep" needed is gone, none of "a.xy"'s.
+  EXPECT_EQ(object.countUsedNodes(), withoutXz);
+  EXPECT_EQ(object.getInt("a.xy"), 1);
+}
+
 TEST(DynamicObject, RenamingMovesValueAndSubtree) {
   nox::test::AssertionRecorder recorder;
   DynamicObject object;

@@ -106,11 +106,15 @@ void* Allocator::allocate(std::size_t size, const char* file, unsigned int line)
   return header + 1;
 }
 
-void Allocator::deallocate(void* pointer, std::size_t /*size*/) {
+void Allocator::deallocate(void* pointer, std::size_t size) {
   if (pointer == nullptr) return;
   BlockHeader* header = static_cast<BlockHeader*>(pointer) - 1;
   if (header->magic != kLiveMagic) {
     std::cerr << "nox allocator: freeing a block it does not own or has already freed" << std::endl;
+    std::abort();
+  }
+  if (size != 0 && size != header->size) {
+    std::cerr << "nox allocator: freeing " << size << " bytes of a block of " << header->size << " bytes" << std::endl;
     std::abort();
   }
   header->magic = kFreedMagic;

@@ -22,8 +22,9 @@ class NOX_ALLOCATOR_API Allocator {
 
   // Returns at least `size` bytes aligned like malloc, or throws std::bad_alloc.
   void* allocate(std::size_t size, const char* file = nullptr, unsigned int line = 0);
-  // Frees memory from allocate(). `size` is the caller's belief about the block; the
-  // allocator keeps the real size itself, so 0 is accepted for "unknown".
+  // Frees memory from allocate(). The allocator keeps each block's size itself, so
+  // `size` may be 0 ("unknown"); any other size must be the one allocated, and a
+  // mismatch aborts like a foreign or double free: the caller's bookkeeping is broken.
   void deallocate(void* pointer, std::size_t size = 0);
 
   std::uint64_t liveBytes() const { return liveBytes_.load(std::memory_order_relaxed); }

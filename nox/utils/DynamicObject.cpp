@@ -536,6 +536,8 @@ bool DynamicObject::isTypeCompatible(unsigned int property, type::Type requested
   const Node* value = findValueNode(property);
   const std::uint32_t type = value != nullptr ? value->value.type : std::uint32_t{type::null};
   if (type > type::object) {
+    // The message names the requested type, not the stored code: hosts match on this
+    // text as it has always been written.
     NOX_FAIL(requested << "is an unknown nox::utils::type.");
     return false;
   }

@@ -67,67 +67,6 @@ class DataStreamWriter : public pb::io::CopyingOutputStream {
   AbstractLogger* logger_;
 };
 
-// The in-memory stream of serializeDynamicObject: a buffer from the library allocator,
-// grown by doubling and handed over to the caller as it stands.
-class BufferOutput : public AbstractDataInputOutput {
- public:
-  BufferOutput() = default;
-  BufferOutput(const BufferOutput&) = delete;
-  BufferOutput& operator=(const BufferOutput&) = delete;
-  ~BufferOutput() { NOX_DEALLOCATE(bytes_); }
-
-  bool isWritable() const override { return true; }
-  bool write(const char* data, unsigned int size, AbstractLogger* logger) override {
-    if (size > capacity_ - size_ && !grow(size, logger)) return false;
-    std::memcpy(bytes_ + size_, data, size);
-    size_ += size;
-    return true;
-  }
-  bool isReadable() const override { return false; }
-  bool read(char* /*buffer*/, unsigned int& size, AbstractLogger* /*logger*/) override {
-    size = 0;
-    return false;
-  }
-
-  // Makes room for `size` more bytes at once, sparing the copies of growth by doubling.
-  void reserve(std::size_t size) {
-    if (size <= UINT_MAX - size_ && size_ + size > capacity_) resize(static_cast<unsigned int>(size_ + size));
-  }
-
-  char* release(unsigned int& size) {
-    size = size_;
-    char* bytes = bytes_;
-    bytes_ = nullptr;
-    size_ = capacity_ = 0;
-    return bytes;
-  }
-
- private:
-  bool grow(unsigned int size, AbstractLogger* logger) {
-    if (size > UINT_MAX - size_) {
-      NOX_LOG_ERROR(logger, error::invalidOperation,
-                    "The binary form of the dynamic object exceeds " << UINT_MAX << " bytes.");
-      return false;
-    }
-    const unsigned int needed = size_ + size;
-    const unsigned int doubled = capacity_ > UINT_MAX / 2 ? UINT_MAX : std::max(capacity_ * 2, 4096u);
-    resize(std::max(doubled, needed));
-    return true;
-  }
-
-  void resize(unsigned int capacity) {
-    char* bytes = static_cast<char*>(NOX_ALLOCATE(capacity));
-    if (size_ != 0) std::memcpy(bytes, bytes_, size_);
-    NOX_DEALLOCATE(bytes_);
-    bytes_ = bytes;
-    capacity_ = capacity;
-  }
-
-  char* bytes_ = nullptr;
-  unsigned int size_ = 0;
-  unsigned int capacity_ = 0;
-};
-
 }  // namespace
 
 struct ProtobufDynamicObjectBuilder::Build {
@@ -196,16 +135,20 @@ struct ProtobufDynamicObjectBuilder::Build {
     return true;
   }
 
-  // Writes the finished message to `output` and ends the build.
-  bool write(AbstractDataInputOutput& output, AbstractLogger* logger) {
+  // Stamps the version on the finished message and answers its size in bytes. Every
+  // property of a finished build has its type, every named one its key and value: the
+  // message is complete without asking the runtime to check it.
+  std::size_t finish() {
     proto::Version* version = message->mutable_version();
     version->set_major(currentMajor);
     version->set_minor(currentMinor);
     version->set_patch(currentPatch);
-    // Every property of a finished build has its type, every named one its key and
-    // value: the message is complete without asking the runtime to check it.
-    const std::size_t size = message->ByteSizeLong();
-    if (auto* buffer = dynamic_cast<BufferOutput*>(&output)) buffer->reserve(size);
+    return message->ByteSizeLong();
+  }
+
+  // Writes the finished message to `output` and ends the build.
+  bool write(AbstractDataInputOutput& output, AbstractLogger* logger) {
+    finish();
     DataStreamWriter writer(output, logger);
     pb::io::CopyingOutputStreamAdaptor adaptor(&writer);
     bool written;
@@ -222,10 +165,30 @@ struct ProtobufDynamicObjectBuilder::Build {
                     "Unable to serialize the given dynamic object: "
                         << (missing.empty() ? "the output stream refused the bytes" : missing));
     }
+    reset();
+    return written;
+  }
+
+  // Writes the finished message into a new buffer of exactly its size and ends the build.
+  bool write(BufferTarget& target, AbstractLogger* logger) {
+    const std::size_t size = finish();
+    const bool fits = size <= UINT_MAX;
+    if (fits) {
+      target.size = static_cast<unsigned int>(size);
+      target.bytes = static_cast<char*>(NOX_ALLOCATE(size));
+      message->SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(target.bytes));
+    } else {
+      NOX_LOG_ERROR(logger, error::invalidOperation,
+                    "The binary form of the dynamic object exceeds " << UINT_MAX << " bytes.");
+    }
+    reset();
+    return fits;
+  }
+
+  void reset() {
     message = nullptr;
     open.clear();
     arena.Reset();
-    return written;
   }
 
   pb::Arena arena;
@@ -236,7 +199,10 @@ struct ProtobufDynamicObjectBuilder::Build {
 };
 
 ProtobufDynamicObjectBuilder::ProtobufDynamicObjectBuilder(AbstractDataInputOutput& output)
-    : build_(NOX_NEW Build()), output_(output) {}
+    : build_(NOX_NEW Build()), output_(&output) {}
+
+ProtobufDynamicObjectBuilder::ProtobufDynamicObjectBuilder(BufferTarget& target)
+    : build_(NOX_NEW Build()), buffer_(&target) {}
 
 ProtobufDynamicObjectBuilder::~ProtobufDynamicObjectBuilder() = default;
 
@@ -258,7 +224,7 @@ bool ProtobufDynamicObjectBuilder::end() {
     NOX_LOG_ERROR(getLogger(), error::invalidOperation, "Build not finished");
     return false;
   }
-  return build_->write(output_, getLogger());
+  return output_ != nullptr ? build_->write(*output_, getLogger()) : build_->write(*buffer_, getLogger());
 }
 
 bool ProtobufDynamicObjectBuilder::null() {
@@ -315,9 +281,15 @@ bool serializeDynamicObjectToProtobuf(const DynamicObject& object, AbstractDataI
 
 char* serializeDynamicObject(unsigned int& size, const DynamicObject& object, AbstractLogger* logger) {
   size = 0;
-  BufferOutput buffer;
-  if (!serializeDynamicObjectToProtobuf(object, buffer, logger)) return nullptr;
-  return buffer.release(size);
+  ProtobufDynamicObjectBuilder::BufferTarget target;
+  ProtobufDynamicObjectBuilder builder(target);
+  builder.setLogger(logger);
+  if (!serializeDynamicObject(object, builder)) {
+    NOX_DEALLOCATE(target.bytes);
+    return nullptr;
+  }
+  size = target.size;
+  return target.bytes;
 }
 
 namespace {

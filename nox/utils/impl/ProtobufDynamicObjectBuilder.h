@@ -53,11 +53,22 @@ class NOX_UTILS_API ProtobufDynamicObjectBuilder : public AbstractObjectBuilder 
   bool endArray() override;
 
  private:
+  friend NOX_UTILS_API char* serializeDynamicObject(unsigned int& size, const DynamicObject& object,
+                                                    AbstractLogger* logger);
   // The message under construction and the stack of its open properties.
   struct Build;
+  // A new buffer of exactly the message's size, which end() fills instead of a stream.
+  struct BufferTarget {
+    char* bytes = nullptr;
+    unsigned int size = 0;
+  };
+
+  explicit ProtobufDynamicObjectBuilder(BufferTarget& target);
 
   ScopedPtr<Build> build_;
-  AbstractDataInputOutput& output_;
+  // Exactly one of the two is set.
+  AbstractDataInputOutput* output_ = nullptr;
+  BufferTarget* buffer_ = nullptr;
 };
 
 // Writes `object` to `output` in binary form.

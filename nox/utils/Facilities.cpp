@@ -24,6 +24,7 @@
 #include <nox/utils/debugger/TargetDisconnectRequest.h>
 #include <nox/utils/debugger/TargetSuspendRequest.h>
 #include <nox/utils/debugger/TerminationRequest.h>
+#include <nox/utils/details/Version.h>
 
 namespace nox::utils {
 
@@ -87,30 +88,27 @@ debugger::InspectionFramework& Facilities::getInspectionFramework() { return *bo
 namespace {
 
 template <class... Classes>
-bool registerClasses(TypeManager& types, AbstractLogger* logger) {
+struct ClassList {};
+
+// Every class before those derived from it. Registration walks the list forwards and
+// unregistration backwards, so that no type outlives its bases.
+using DebuggerClasses =
+    ClassList<debugger::AbstractContext, debugger::AbstractEventFilter, debugger::AbstractEventRequest,
+              debugger::EntitiesFilter, debugger::HitCountFilter, debugger::LocationFilter, debugger::BreakpointRequest,
+              debugger::EntityRegistrationRequest, debugger::EntityUnregistrationRequest,
+              debugger::InitializationRequest, debugger::TargetDisconnectRequest, debugger::TargetSuspendRequest,
+              debugger::TerminationRequest, debugger::MainContext>;
+
+template <class... Classes>
+bool registerClasses(ClassList<Classes...>, TypeManager& types, AbstractLogger* logger) {
   // Left to right, stopping at the first refusal.
   return (types.registerStaticObjectType<Classes>(logger) && ...);
 }
 
 template <class... Classes>
-void unregisterClasses(TypeManager& types) {
-  (types.unregisterType(Classes::getClassTypeId()), ...);
-}
-
-bool registerDebuggerClasses(TypeManager& types, AbstractLogger* logger) {
-  using namespace debugger;
-  return registerClasses<AbstractContext, AbstractEventFilter, AbstractEventRequest, EntitiesFilter, HitCountFilter,
-                         LocationFilter, BreakpointRequest, EntityRegistrationRequest, EntityUnregistrationRequest,
-                         InitializationRequest, TargetDisconnectRequest, TargetSuspendRequest, TerminationRequest,
-                         MainContext>(types, logger);
-}
-
-// The most derived classes first, so that no type outlives its bases.
-void unregisterDebuggerClasses(TypeManager& types) {
-  using namespace debugger;
-  unregisterClasses<EntityRegistrationRequest, EntityUnregistrationRequest, BreakpointRequest, TargetSuspendRequest,
-                    TargetDisconnectRequest, InitializationRequest, TerminationRequest, LocationFilter, HitCountFilter,
-                    EntitiesFilter, MainContext, AbstractContext, AbstractEventRequest, AbstractEventFilter>(types);
+void unregisterClasses(ClassList<Classes...>, TypeManager& types) {
+  const Uuid* ids[] = {&Classes::getClassTypeId()...};
+  for (std::size_t i = sizeof...(Classes); i-- > 0;) types.unregisterType(*ids[i]);
 }
 
 }  // namespace
@@ -124,7 +122,7 @@ bool initialize(AbstractLogger* logger) {
   }
   NOX_LOG_INFO(logger, "Initializing the runtime utils systems.");
   TypeManager& types = Facilities::instance().getTypeManager();
-  if (!types.registerBaseTypes(logger) || !registerDebuggerClasses(types, logger)) {
+  if (!types.registerBaseTypes(logger) || !registerClasses(DebuggerClasses(), types, logger)) {
     // Half a library is worse than none: the caller may simply try again.
     Facilities::destroy();
     return false;
@@ -135,7 +133,7 @@ bool initialize(AbstractLogger* logger) {
 bool terminate(AbstractLogger* logger) {
   if (!isInitialized()) return false;
   NOX_LOG_INFO(logger, "Terminating the runtime utils systems.");
-  unregisterDebuggerClasses(Facilities::instance().getTypeManager());
+  unregisterClasses(DebuggerClasses(), Facilities::instance().getTypeManager());
   Facilities::destroy();
   return true;
 }
@@ -144,4 +142,4 @@ bool isInitialized() { return Facilities::isSet(); }
 
 }  // namespace nox::utils
 
-const char* getVersionNOX_UTILS() { return "0.4.0"; }
+const char* getVersionNOX_UTILS() { return nox::utils::details::versionText; }

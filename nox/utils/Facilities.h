@@ -76,5 +76,5 @@ NOX_UTILS_API bool isInitialized();
 
 }  // namespace nox::utils
 
-// The library version, "0.4.0", under an undecorated name so that any loader finds it.
+// The library version (such as "0.4.0"), under an undecorated name so that any loader finds it.
 extern "C" NOX_UTILS_API const char* getVersionNOX_UTILS();

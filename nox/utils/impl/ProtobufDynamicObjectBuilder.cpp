@@ -7,6 +7,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/DynamicObjectBuilder.h>
 #include <nox/utils/details/SpareBlocks.h>
+#include <nox/utils/details/Version.h>
 
 #include "nox/utils/impl/DynamicObject.pb.h"
 
@@ -26,9 +27,9 @@ namespace {
 namespace pb = google::protobuf;
 using proto::Property;
 
-constexpr unsigned int currentMajor = 0;
-constexpr unsigned int currentMinor = 4;
-constexpr unsigned int currentPatch = 0;
+constexpr unsigned int currentMajor = details::versionMajor;
+constexpr unsigned int currentMinor = details::versionMinor;
+constexpr unsigned int currentPatch = details::versionPatch;
 
 // Every nesting level of the tree is one message level for an array element and two for
 // an object child (the named pair, then its value). The parser's limit follows the

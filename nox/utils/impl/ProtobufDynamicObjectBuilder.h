@@ -1,6 +1,6 @@
 // Binary form of a dynamic object: one protocol-buffers message (nox.utils.proto.
 // DynamicObject, in DynamicObject.proto beside this header) holding the root property and
-// the version stamp 0.4.0. There is no null kind: a null value is stored as an empty
+// the library's version as a stamp. There is no null kind: a null value is stored as an empty
 // object. Files of any version 0.x.y are read.
 //
 // Objects and arrays nest at most getMaximumDepth() levels deep in this form: the writer

@@ -3,6 +3,7 @@
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Assertion.h>
+#include <nox/utils/details/Version.h>
 
 #include <google/protobuf/io/tokenizer.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
@@ -15,9 +16,9 @@ namespace nox::utils::details {
 
 namespace {
 
-constexpr unsigned int kMajor = 0;
-constexpr unsigned int kMinor = 4;
-constexpr unsigned int kPatch = 0;
+constexpr unsigned int kMajor = versionMajor;
+constexpr unsigned int kMinor = versionMinor;
+constexpr unsigned int kPatch = versionPatch;
 
 class TextSink : public google::protobuf::io::CopyingOutputStream {
  public:

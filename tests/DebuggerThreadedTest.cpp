@@ -168,7 +168,7 @@ class DebuggerThreadedTest : public ::testing::Test {
     const unsigned int depth = framework.countContexts(entity);
     std::ostringstream text;
     text << depth;
-    if (depth > 0) text << " " << framework.topContext(entity, nullptr)->getLocation();
+    if (depth > 0) text << " " << framework.getFacade().topContext(entity)->getLocation();
     return text.str();
   }
 

@@ -7,7 +7,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/debugger/AbstractEventRequest.h>
-#include <nox/utils/debugger/impl/EventFilterList.h>
+#include <nox/utils/debugger/EventFilterList.h>
 
 namespace nox::utils {
 class Uri;
@@ -40,7 +40,7 @@ class NOX_UTILS_API BreakpointRequest : public AbstractEventRequest {
  private:
   bool evaluate(unsigned int entity, const Uri& location, bool withHitCount) const;
 
-  impl::EventFilterList filters_;
+  EventFilterList filters_;
 };
 
 }  // namespace nox::utils::debugger

@@ -7,8 +7,9 @@
 #include <nox/utils/ScopedMutex.h>
 #include <nox/utils/Uri.h>
 #include <nox/utils/debugger/AbstractContext.h>
+#include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/Entity.h>
-#include <nox/utils/debugger/impl/InspectionFrameworkImpl.h>
+#include <nox/utils/debugger/EntityStacks.h>
 #include <nox/utils/debugger/impl/Replies.h>
 
 #include <limits>
@@ -18,26 +19,32 @@ namespace nox::utils::debugger {
 using impl::reply;
 using impl::replyNull;
 
-DebuggerFramework::DebuggerFramework(impl::InspectionFrameworkImpl& framework)
-    : AbstractEngine("debug", true), framework_(framework) {}
+DebuggerFramework::DebuggerFramework(EntityStacks& stacks)
+    : AbstractEngine("debug", true), stacks_(stacks), controller_(stacks.getExecutionController()) {
+  stacks_.setDebugger(this);
+}
 
-DebuggerFramework::~DebuggerFramework() = default;
+DebuggerFramework::~DebuggerFramework() { stacks_.setDebugger(nullptr); }
 
-unsigned int DebuggerFramework::countEntities() const { return framework_.countEntities(); }
+AbstractLogger* DebuggerFramework::getLogger() const {
+  return getFacade() != nullptr ? getFacade()->getLogger() : nullptr;
+}
 
-Vector<unsigned int> DebuggerFramework::getEntities() const { return framework_.getEntities(); }
+unsigned int DebuggerFramework::countEntities() const { return stacks_.countEntities(); }
 
-unsigned int DebuggerFramework::countContexts(unsigned int entity) const { return framework_.countContexts(entity); }
+Vector<unsigned int> DebuggerFramework::getEntities() const { return stacks_.getEntities(); }
+
+unsigned int DebuggerFramework::countContexts(unsigned int entity) const { return stacks_.countContexts(entity); }
 
 AbstractContext* DebuggerFramework::getContext(unsigned int entity, unsigned int index, AbstractLogger* logger) const {
-  return framework_.getContext(entity, index, logger);
+  return stacks_.getContext(entity, index, logger);
 }
 
 bool DebuggerFramework::isSuspended() const { return controller_.isSuspended(); }
 
 unsigned int DebuggerFramework::getSuspendedEntity() const {
-  ScopedMutex lock(framework_.getMutex());
-  return controller_.isSuspended() ? framework_.getSteppingState().suspendedEntity : invalidEntity;
+  ScopedMutex lock(stacks_.getMutex());
+  return controller_.isSuspended() ? stacks_.getSteppingState().suspendedEntity : invalidEntity;
 }
 
 // ---- Commands. Each runs under the framework mutex, so no step check and no other
@@ -52,36 +59,36 @@ bool DebuggerFramework::isSuspendedSettled() {
 }
 
 bool DebuggerFramework::suspend() {
-  ScopedMutex lock(framework_.getMutex());
+  ScopedMutex lock(stacks_.getMutex());
   if (isSuspendedSettled()) return false;
-  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
   stepping.suspendAll = true;
   return true;
 }
 
 bool DebuggerFramework::suspendEntity(unsigned int entity) {
-  ScopedMutex lock(framework_.getMutex());
-  if (isSuspendedSettled() || entity == invalidEntity || !framework_.isEntityRegistered(entity)) return false;
-  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  ScopedMutex lock(stacks_.getMutex());
+  if (isSuspendedSettled() || entity == invalidEntity || !stacks_.isEntityRegistered(entity)) return false;
+  EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
   stepping.entitiesToSuspend.insert(entity);
   return true;
 }
 
 bool DebuggerFramework::resume() {
-  ScopedMutex lock(framework_.getMutex());
+  ScopedMutex lock(stacks_.getMutex());
   const bool wasSuspended = isSuspendedSettled();
-  framework_.getSteppingState().reset();
+  stacks_.getSteppingState().reset();
   controller_.resume();
   return wasSuspended;
 }
 
 template <class SetConditions>
 bool DebuggerFramework::resumeStepping(SetConditions setConditions) {
-  ScopedMutex lock(framework_.getMutex());
+  ScopedMutex lock(stacks_.getMutex());
   if (!isSuspendedSettled()) return false;
-  impl::InspectionFrameworkImpl::SteppingState& stepping = framework_.getSteppingState();
+  EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
   setConditions(stepping);
   controller_.resume();
@@ -92,8 +99,8 @@ bool DebuggerFramework::resumeStepping(SetConditions setConditions) {
 // step out when the frame below it is. A stack too shallow gives no frame, and the step is
 // then a plain resume: there is nothing to return to.
 const AbstractContext* DebuggerFramework::frameBelowTop(unsigned int entity, unsigned int framesBelowTop) {
-  const unsigned int depth = framework_.countContexts(entity);
-  return depth > framesBelowTop ? framework_.getContext(entity, depth - 1 - framesBelowTop, nullptr) : nullptr;
+  const unsigned int depth = stacks_.countContexts(entity);
+  return depth > framesBelowTop ? stacks_.getContext(entity, depth - 1 - framesBelowTop, nullptr) : nullptr;
 }
 
 bool DebuggerFramework::stepIn() {
@@ -115,7 +122,7 @@ bool DebuggerFramework::stepOut() {
 }
 
 void DebuggerFramework::doDisable(bool& enabled) {
-  ScopedMutex lock(framework_.getMutex());
+  ScopedMutex lock(stacks_.getMutex());
   // The flag first: the engine thread, once woken, must not meet a stop again.
   AbstractEngine::doDisable(enabled);
   resume();
@@ -138,7 +145,7 @@ resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned
                                                       AbstractObjectBuilder& builder) {
   // Resource calls arrive under the framework mutex; taking it again keeps direct
   // callers consistent too (the stacks must not move while they are written).
-  ScopedMutex lock(framework_.getMutex());
+  ScopedMutex lock(stacks_.getMutex());
   PathCursor cursor(path, length);
   if (!cursor.next()) {
     return reply(builder, [](AbstractObjectBuilder& out) {
@@ -160,7 +167,7 @@ bool DebuggerFramework::readSelectedEntity(const DynamicObject& request, unsigne
   if (property == 0) return true;
   const std::int64_t value = request.getType(property) == type::integer ? request.getInt(property) : -1;
   if (value < 0 || value > std::numeric_limits<unsigned int>::max()) {
-    NOX_LOG_WARNING(framework_.getLogger(), "The \"entity\" of a suspend command must be an entity id.");
+    NOX_LOG_WARNING(getLogger(), "The \"entity\" of a suspend command must be an entity id.");
     return false;
   }
   entity = static_cast<unsigned int>(value);
@@ -171,7 +178,7 @@ bool DebuggerFramework::writeSuspension(AbstractObjectBuilder& out) {
   // Keeps suspend and resume still, so that both members describe one moment.
   ExecutionController::ScopedControlLocker controls(controller_);
   const bool suspended = controller_.isSuspended();
-  const unsigned int entity = suspended ? framework_.getSteppingState().suspendedEntity : invalidEntity;
+  const unsigned int entity = suspended ? stacks_.getSteppingState().suspendedEntity : invalidEntity;
   return out.beginObject() && out.objectChild("suspended") && out.boolean(suspended) && out.objectChild("entity") &&
          out.integer(entity) && out.endObject();
 }
@@ -179,7 +186,7 @@ bool DebuggerFramework::writeSuspension(AbstractObjectBuilder& out) {
 // `cursor` stands on "entities".
 resources::Status DebuggerFramework::retrieveEntityResource(PathCursor& cursor, AbstractObjectBuilder& builder) {
   if (cursor.done()) {
-    const Vector<unsigned int> entities = framework_.getEntities();
+    const Vector<unsigned int> entities = stacks_.getEntities();
     return reply(builder, [&entities](AbstractObjectBuilder& out) {
       bool written = out.beginArray();
       for (unsigned int entity : entities) {
@@ -191,8 +198,8 @@ resources::Status DebuggerFramework::retrieveEntityResource(PathCursor& cursor, 
   }
   unsigned int entity = 0;
   if (!cursor.nextUnsigned(entity)) return resources::unknown;
-  if (!framework_.isEntityRegistered(entity)) {
-    NOX_LOG_WARNING(framework_.getLogger(), "No entity #" << entity);
+  if (!stacks_.isEntityRegistered(entity)) {
+    NOX_LOG_WARNING(getLogger(), "No entity #" << entity);
     return resources::unknown;
   }
   // Below the entity: nothing, "contexts", or "contexts/<index>".
@@ -205,9 +212,9 @@ resources::Status DebuggerFramework::retrieveEntityResource(PathCursor& cursor, 
   if (cursor.done()) return reply(builder, [&](AbstractObjectBuilder& out) { return writeContextList(entity, out); });
   unsigned int index = 0;
   if (!cursor.nextUnsigned(index) || !cursor.done()) return resources::unknown;
-  const AbstractContext* context = index < framework_.countContexts(entity) ? getContext(entity, index) : nullptr;
+  const AbstractContext* context = index < stacks_.countContexts(entity) ? getContext(entity, index) : nullptr;
   if (context == nullptr) {
-    NOX_LOG_WARNING(framework_.getLogger(), "No context for entity #" << entity << " at index " << index);
+    NOX_LOG_WARNING(getLogger(), "No context for entity #" << entity << " at index " << index);
     return resources::unknown;
   }
   return reply(builder, [context](AbstractObjectBuilder& out) { return context->serialize(out); });
@@ -215,8 +222,8 @@ resources::Status DebuggerFramework::retrieveEntityResource(PathCursor& cursor, 
 
 bool DebuggerFramework::writeContextList(unsigned int entity, AbstractObjectBuilder& out) const {
   bool written = out.beginArray();
-  for (unsigned int index = 0, count = framework_.countContexts(entity); written && index < count; ++index) {
-    const AbstractContext* context = framework_.getContext(entity, index, nullptr);
+  for (unsigned int index = 0, count = stacks_.countContexts(entity); written && index < count; ++index) {
+    const AbstractContext* context = stacks_.getContext(entity, index, nullptr);
     written = out.arrayChild() && out.beginObject() && out.objectChild("index") && out.integer(index) &&
               out.objectChild("location") && impl::writeUri(out, context->getLocation()) && out.endObject();
   }

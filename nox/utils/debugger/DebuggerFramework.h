@@ -23,16 +23,15 @@ class PathCursor;
 
 namespace nox::utils::debugger {
 
-namespace impl {
-class InspectionFrameworkImpl;
-}
-
 class AbstractContext;
+class EntityStacks;
 
 class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
  public:
-  // Created enabled.
-  explicit DebuggerFramework(impl::InspectionFrameworkImpl& framework);
+  // Created enabled. Commands set the stop conditions of `stacks`, whose step check
+  // stops the engine thread through its execution controller while this engine is
+  // enabled; `stacks` must outlive the debugger.
+  explicit DebuggerFramework(EntityStacks& stacks);
   ~DebuggerFramework() override;
 
   ExecutionController& getExecutionController() { return controller_; }
@@ -90,8 +89,11 @@ class NOX_UTILS_API DebuggerFramework : public AbstractEngine {
   // false when the member is there but holds no entity id.
   bool readSelectedEntity(const DynamicObject& request, unsigned int& entity) const;
 
-  impl::InspectionFrameworkImpl& framework_;
-  ExecutionController controller_;
+  // Where warnings about clients' requests go: the framework's logger, once registered.
+  AbstractLogger* getLogger() const;
+
+  EntityStacks& stacks_;
+  ExecutionController& controller_;
 };
 
 }  // namespace nox::utils::debugger

@@ -19,21 +19,22 @@ class AbstractLogger;
 
 namespace nox::utils::debugger {
 
-namespace impl {
-class InspectionFrameworkImpl;
-}
-
 class AbstractContext;
 class AbstractContextFactory;
 class AbstractContextVisitor;
 class AbstractEngine;
 class AbstractEventRequestVisitor;
+class EntityStacks;
 
 class NOX_UTILS_API EngineDebuggerFacade {
  public:
   using EventFilterCreatorFactory = CreatorAbstractFactory<AbstractEventFilterCreator>;
 
-  explicit EngineDebuggerFacade(impl::InspectionFrameworkImpl& framework) : framework_(framework) {}
+  // Works on `stacks` with the filter creators of `creators`, and reports on the
+  // framework's logger, which the host may replace: `logger` refers to it. All three
+  // belong to the inspection framework, which owns the facade too.
+  EngineDebuggerFacade(EntityStacks& stacks, EventFilterCreatorFactory& creators, AbstractLogger* const& logger)
+      : stacks_(stacks), creators_(creators), logger_(logger) {}
 
   EngineDebuggerFacade(const EngineDebuggerFacade&) = delete;
   EngineDebuggerFacade& operator=(const EngineDebuggerFacade&) = delete;
@@ -66,11 +67,13 @@ class NOX_UTILS_API EngineDebuggerFacade {
   // Reports an event to the subscribed requests.
   void accept(AbstractEventRequestVisitor& visitor);
 
-  EventFilterCreatorFactory& getEventRequestFilterCreator();
-  AbstractLogger* getLogger() const;
+  EventFilterCreatorFactory& getEventRequestFilterCreator() { return creators_; }
+  AbstractLogger* getLogger() const { return logger_; }
 
  private:
-  impl::InspectionFrameworkImpl& framework_;
+  EntityStacks& stacks_;
+  EventFilterCreatorFactory& creators_;
+  AbstractLogger* const& logger_;
 };
 
 }  // namespace nox::utils::debugger

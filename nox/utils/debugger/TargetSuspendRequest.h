@@ -5,7 +5,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 #include <nox/utils/debugger/AbstractEventRequest.h>
-#include <nox/utils/debugger/impl/EventFilterList.h>
+#include <nox/utils/debugger/EventFilterList.h>
 
 namespace nox::utils::debugger {
 
@@ -26,7 +26,7 @@ class NOX_UTILS_API TargetSuspendRequest : public AbstractEventRequest {
   Vector<AbstractEventFilter*> getFilters() const { return filters_.get(); }
 
  private:
-  impl::EventFilterList filters_;
+  EventFilterList filters_;
 };
 
 }  // namespace nox::utils::debugger

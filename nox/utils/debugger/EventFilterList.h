@@ -1,16 +1,15 @@
-// The filters of a request that takes filters, in the order added, owned: they are
-// destroyed with the list.
+// The filters of a request that takes filters (breakpoints, suspensions), in the order
+// added, owned: they are destroyed with the list. Requests of an engine's own kind may
+// hold their filters in one too.
 #pragma once
 
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 
 namespace nox::utils::debugger {
+
 class AbstractEventFilter;
 class AbstractEventFilterVisitor;
-}  // namespace nox::utils::debugger
-
-namespace nox::utils::debugger::impl {
 
 class NOX_UTILS_API EventFilterList {
  public:
@@ -34,4 +33,4 @@ class NOX_UTILS_API EventFilterList {
   Vector<AbstractEventFilter*> filters_;
 };
 
-}  // namespace nox::utils::debugger::impl
+}  // namespace nox::utils::debugger

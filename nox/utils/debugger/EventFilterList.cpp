@@ -1,9 +1,9 @@
-#include <nox/utils/debugger/impl/EventFilterList.h>
+#include <nox/utils/debugger/EventFilterList.h>
 
 #include <nox/allocator/Allocator.h>
 #include <nox/utils/debugger/AbstractEventFilter.h>
 
-namespace nox::utils::debugger::impl {
+namespace nox::utils::debugger {
 
 EventFilterList::~EventFilterList() {
   for (AbstractEventFilter* filter : filters_) NOX_DELETE(filter);
@@ -32,4 +32,4 @@ void EventFilterList::acceptAll(AbstractEventFilterVisitor& first, AbstractEvent
   }
 }
 
-}  // namespace nox::utils::debugger::impl
+}  // namespace nox::utils::debugger

@@ -13,7 +13,7 @@ npm_test_folders=(
 )
 
 packages=(
-  build-essential cmake ninja-build pkg-config curl
+  build-essential cmake ninja-build pkg-config curl python3
   libprotobuf-dev protobuf-compiler
   libyajl-dev
   libcivetweb-dev

@@ -1,3 +1,4 @@
+#include <nox/allocator/Allocator.h>
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/BufferLogger.h>
 #include <nox/utils/DynamicObject.h>
@@ -12,6 +13,8 @@
 #include <nox/utils/debugger/BreakpointRequestVisitor.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
+#include <nox/utils/debugger/HitCountFilter.h>
+#include <nox/utils/debugger/LocationFilter.h>
 #include <nox/utils/debugger/MainContext.h>
 #include <nox/utils/debugger/TargetSuspendRequest.h>
 #include <nox/utils/debugger/impl/EventFramework.h>
@@ -305,6 +308,31 @@ TEST_F(DebuggerTest, CommandsWhileRunningSetOrRefuseStopConditions) {
   EXPECT_FALSE(debugger.resume());
   EXPECT_FALSE(stepping.hasStopCondition());
   EXPECT_EQ(debugger.getSuspendedEntity(), invalidEntity);
+}
+
+// A hit count of N stops at the Nth step that matches the other filters; steps that do
+// not match them are not counted. A hit marks the entity to suspend.
+TEST_F(DebuggerTest, BreakpointChecksStopAtTheNthMatchingStep) {
+  ASSERT_TRUE(framework.registerEngine(engine, &logger));
+  registerEntities({1, 2});
+  struct Hits : nox::utils::debugger::AbstractEventListener {
+    void onBreakpoint(unsigned int, unsigned int entity, const Uri&) override { entities.push_back(entity); }
+    std::vector<unsigned int> entities;
+  } hits;
+  nox::utils::debugger::AbstractEventListener* listener = &hits;
+  const Uri move = Uri::create("sim:agents/1/move");
+  nox::utils::debugger::AbstractEventFilter* filters[] = {
+      NOX_NEW nox::utils::debugger::LocationFilter(move),
+      NOX_NEW nox::utils::debugger::HitCountFilter(3, nox::utils::debugger::HitCountFilter::atLeast)};
+  framework.getRequestRegistry().subscribe<nox::utils::debugger::BreakpointRequest>(&listener, 1, filters, 2);
+
+  EXPECT_FALSE(facade.checkBreakpoints(1, move));
+  EXPECT_FALSE(facade.checkBreakpoints(2, Uri::create("sim:agents/2/move")));
+  EXPECT_FALSE(facade.checkBreakpoints(1, move));
+  EXPECT_FALSE(framework.getSteppingState().hasStopCondition());
+  EXPECT_TRUE(facade.checkBreakpoints(1, move));
+  EXPECT_THAT(framework.getSteppingState().entitiesToSuspend, ElementsAre(1u));
+  EXPECT_THAT(hits.entities, ElementsAre(1u));
 }
 
 TEST_F(DebuggerTest, DebugResourcesDescribeEntitiesAndContexts) {

@@ -62,9 +62,7 @@ void FunctionBreakpoints::subscribe(std::size_t slot, std::int64_t requestSeq, H
   const Breakpoint& breakpoint = breakpoints_[slot];
   MessageWriter body;
   body.field("type", "breakpoint").key("filters").beginObject().field("location", breakpoint.location);
-  // A host's hit counter starts at 1 and engines count a pass before testing it, so
-  // its filter for N stops at the (N-1)th pass: ask for one more to stop at the Nth.
-  if (breakpoint.hitCount > 0) body.field("hitcount", breakpoint.hitCount + 1);
+  if (breakpoint.hitCount > 0) body.field("hitcount", breakpoint.hitCount);
   body.endObject();
   const String text = body.finish();
   ++callsInFlight_;

@@ -12,8 +12,6 @@
 #include <nox/utils/Time.h>
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/AbstractContextFactory.h>
-#include <nox/utils/debugger/BreakpointRequest.h>
-#include <nox/utils/debugger/BreakpointRequestVisitor.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/InspectionFramework.h>
@@ -51,26 +49,6 @@ class CapturingFactory : public debugger::AbstractContextFactory {
  private:
   AgentContext& context_;
   const Agent& agent_;
-};
-
-// Evaluates the breakpoint requests for one step. The hit count only counts steps that
-// could hit (entity and location match); a hit is reported to the request's listeners.
-class BreakpointCheck : public debugger::BreakpointRequestVisitor {
- public:
-  using BreakpointRequestVisitor::BreakpointRequestVisitor;
-  bool isHit() const { return hit_; }
-
- protected:
-  void onRequest(debugger::BreakpointRequest& request) override {
-    if (!request.canHit(getEntity(), getLocation())) return;
-    request.update();
-    if (!request.isHit(getEntity(), getLocation())) return;
-    request.notify(getEntity(), getLocation());
-    hit_ = true;
-  }
-
- private:
-  bool hit_ = false;
 };
 
 // The agent's reflected properties as the members of `object`'s property `handle`.
@@ -219,10 +197,7 @@ void SimEngine::stepAgent(Actor& actor) {
 void SimEngine::enter(Actor& actor, AgentContext& context) {
   debugger::EngineDebuggerFacade& facade = *getFacade();
   const unsigned int entity = static_cast<unsigned int>(actor.agent.id);
-  BreakpointCheck check(entity, context.getLocation());
-  facade.accept(check);
-  // Marked before the push, so that the push's own step check stops here.
-  if (check.isHit()) nox::utils::Facilities::instance().getInspectionFramework().getDebugger().suspendEntity(entity);
+  facade.checkBreakpoints(entity, context.getLocation());
   CapturingFactory factory(context, actor.agent);
   facade.pushContext(*this, entity, factory);
 }

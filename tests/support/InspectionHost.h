@@ -17,8 +17,6 @@
 #include <nox/utils/debugger/AbstractEngine.h>
 #include <nox/utils/debugger/AbstractEventListener.h>
 #include <nox/utils/debugger/AbstractEventRequest.h>
-#include <nox/utils/debugger/BreakpointRequest.h>
-#include <nox/utils/debugger/BreakpointRequestVisitor.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/InspectionFramework.h>
@@ -196,25 +194,8 @@ class SteppingEngine : public debugger::AbstractEngine {
     TestContext& context_;
   };
 
-  class BreakpointChecker : public debugger::BreakpointRequestVisitor {
-   public:
-    using BreakpointRequestVisitor::BreakpointRequestVisitor;
-    bool hit = false;
-
-   protected:
-    void onRequest(debugger::BreakpointRequest& request) override {
-      if (!request.canHit(getEntity(), getLocation())) return;
-      request.update();
-      if (!request.isHit(getEntity(), getLocation())) return;
-      request.notify(getEntity(), getLocation());
-      hit = true;
-    }
-  };
-
   void push(unsigned int entity, TestContext& context) {
-    BreakpointChecker checker(entity, context.getLocation());
-    getFacade()->accept(checker);
-    if (checker.hit) nox::utils::Facilities::instance().getInspectionFramework().getDebugger().suspendEntity(entity);
+    getFacade()->checkBreakpoints(entity, context.getLocation());
     Factory factory(context);
     getFacade()->pushContext(*this, entity, factory);
   }

@@ -119,7 +119,7 @@ TEST_F(DebugSessionTest, BreakpointHitsOfItsOwnSubscriptionsGiveTheStopReason) {
   EXPECT_TRUE(sent(R"("event":"initialized")"));
   request("setFunctionBreakpoints", R"({"breakpoints":[{"name":"sim:agents/2/move","hitCondition":" 3 "}]})");
   ASSERT_EQ(host.calls.size(), 1u);
-  EXPECT_EQ(host.calls[0].body, R"({"type":"breakpoint","filters":{"location":"sim:agents/2/move","hitcount":4}})");
+  EXPECT_EQ(host.calls[0].body, R"({"type":"breakpoint","filters":{"location":"sim:agents/2/move","hitcount":3}})");
   answer("POST", "/api/events/subscriptions", 200, R"({"requestId":7})");
   EXPECT_TRUE(sent(R"("breakpoints":[{"verified":true,"id":7}])"));
 

@@ -1,8 +1,36 @@
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 
+#include <nox/utils/debugger/BreakpointRequest.h>
+#include <nox/utils/debugger/BreakpointRequestVisitor.h>
+#include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EntityStacks.h>
 
 namespace nox::utils::debugger {
+
+namespace {
+
+// A hit-count filter's counter starts at 1, so asking before counting makes the Nth
+// matching step the one that sees N.
+class BreakpointCheck : public BreakpointRequestVisitor {
+ public:
+  using BreakpointRequestVisitor::BreakpointRequestVisitor;
+  bool isHit() const { return hit_; }
+
+ protected:
+  void onRequest(BreakpointRequest& request) override {
+    if (!request.canHit(getEntity(), getLocation())) return;
+    const bool hit = request.isHit(getEntity(), getLocation());
+    request.update();
+    if (!hit) return;
+    request.notify(getEntity(), getLocation());
+    hit_ = true;
+  }
+
+ private:
+  bool hit_ = false;
+};
+
+}  // namespace
 
 void EngineDebuggerFacade::onEntitiesRegistration(AbstractEngine&, const unsigned int* entities, unsigned int count) {
   stacks_.registerEntities(entities, count);
@@ -38,5 +66,13 @@ void EngineDebuggerFacade::visitContexts(unsigned int entity, AbstractContextVis
 void EngineDebuggerFacade::invalidateContexts(AbstractEngine& engine) { stacks_.invalidateContexts(engine); }
 
 void EngineDebuggerFacade::accept(AbstractEventRequestVisitor& visitor) { stacks_.acceptRequests(visitor); }
+
+bool EngineDebuggerFacade::checkBreakpoints(unsigned int entity, const Uri& location) {
+  BreakpointCheck check(entity, location);
+  accept(check);
+  if (!check.isHit()) return false;
+  debugger_.suspendEntity(entity);
+  return true;
+}
 
 }  // namespace nox::utils::debugger

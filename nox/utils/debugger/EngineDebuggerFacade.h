@@ -15,7 +15,8 @@
 
 namespace nox::utils {
 class AbstractLogger;
-}
+class Uri;
+}  // namespace nox::utils
 
 namespace nox::utils::debugger {
 
@@ -24,17 +25,19 @@ class AbstractContextFactory;
 class AbstractContextVisitor;
 class AbstractEngine;
 class AbstractEventRequestVisitor;
+class DebuggerFramework;
 class EntityStacks;
 
 class NOX_UTILS_API EngineDebuggerFacade {
  public:
   using EventFilterCreatorFactory = CreatorAbstractFactory<AbstractEventFilterCreator>;
 
-  // Works on `stacks` with the filter creators of `creators`, and reports on the
-  // framework's logger, which the host may replace: `logger` refers to it. All three
-  // belong to the inspection framework, which owns the facade too.
-  EngineDebuggerFacade(EntityStacks& stacks, EventFilterCreatorFactory& creators, AbstractLogger* const& logger)
-      : stacks_(stacks), creators_(creators), logger_(logger) {}
+  // Works on `stacks`, suspends through `debugger`, makes filters with `creators`, and
+  // reports on the framework's logger, which the host may replace: `logger` refers to
+  // it. All of them belong to the inspection framework, which owns the facade too.
+  EngineDebuggerFacade(EntityStacks& stacks, DebuggerFramework& debugger, EventFilterCreatorFactory& creators,
+                       AbstractLogger* const& logger)
+      : stacks_(stacks), debugger_(debugger), creators_(creators), logger_(logger) {}
 
   EngineDebuggerFacade(const EngineDebuggerFacade&) = delete;
   EngineDebuggerFacade& operator=(const EngineDebuggerFacade&) = delete;
@@ -67,11 +70,20 @@ class NOX_UTILS_API EngineDebuggerFacade {
   // Reports an event to the subscribed requests.
   void accept(AbstractEventRequestVisitor& visitor);
 
+  // The breakpoint check of a step: call it for `entity` at `location` just before
+  // pushing the step's context. Each breakpoint request whose entity and location
+  // filters pass is asked whether it hits before the step counts toward its hit-count
+  // filters, so that a hit count of N stops at the Nth matching step. A hit is notified
+  // to the request's listeners and marks the entity to suspend: the push that follows
+  // stops. Returns whether a breakpoint hit.
+  bool checkBreakpoints(unsigned int entity, const Uri& location);
+
   EventFilterCreatorFactory& getEventRequestFilterCreator() { return creators_; }
   AbstractLogger* getLogger() const { return logger_; }
 
  private:
   EntityStacks& stacks_;
+  DebuggerFramework& debugger_;
   EventFilterCreatorFactory& creators_;
   AbstractLogger* const& logger_;
 };

@@ -18,7 +18,7 @@ InspectionFrameworkImpl::InspectionFrameworkImpl(StringTable& strings, AbstractL
       mutex_(Mutex::Recursive),
       engines_(mutex_, strings),
       stacks_(mutex_, registry_, strings),
-      facade_(stacks_, filterCreators_, logger_),
+      facade_(stacks_, debugger_, filterCreators_, logger_),
       debugger_(stacks_) {
   registerBuiltInFilterCreators(filterCreators_, logger);
   registerEngine(debugger_, logger);

@@ -43,14 +43,15 @@ using nox::utils::Uri;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 
-// Writes the build events as compact JSON-like text and checks that every reply is
-// exactly begin, one value, end. Refuses the event numbered `refuseAt` (0-based).
-class RecordingBuilder : public AbstractObjectBuilder {
+// A reply as compact JSON-like text, which the resource tests compare whole, with a
+// check that the reply is exactly begin, one value, end (unlike the event list of
+// support/RecordingBuilder.h). Refuses the event numbered `refuseAt` (0-based).
+class ReplyText : public AbstractObjectBuilder {
  public:
   using AbstractObjectBuilder::objectChild;
   using AbstractObjectBuilder::string;
 
-  explicit RecordingBuilder(int refuseAt = -1) : refuseAt_(refuseAt) {}
+  explicit ReplyText(int refuseAt = -1) : refuseAt_(refuseAt) {}
 
   bool begin() override { return accept() && (++begins, true); }
   bool end() override { return accept() && (++ends, true); }
@@ -140,7 +141,7 @@ class DebuggerTest : public ::testing::Test {
   // "<status> <value>", the value only when the status is done.
   template <class Operation>
   std::string call(Operation operation, const char* path, const DynamicObject& object = DynamicObject()) {
-    RecordingBuilder reply;
+    ReplyText reply;
     const resources::Status status =
         (framework.*operation)(path, static_cast<unsigned int>(std::string(path).size()), object, reply);
     if (status != resources::done) return std::to_string(status) + (reply.text.empty() ? "" : " <wrote>");
@@ -183,7 +184,7 @@ TEST_F(DebuggerTest, EnginesSwitchOnlyOnChangeAndNeedAFacadeForEntities) {
   registerEntities({1});
   EXPECT_EQ(debugger.countEntities(), 0u);
   DynamicObject none;
-  RecordingBuilder reply;
+  ReplyText reply;
   EXPECT_EQ(engine.retrieveResource("x", 1, none, reply), resources::unknown);
   EXPECT_EQ(engine.deleteResource("x", 1, none, reply), resources::unknown);
   EXPECT_TRUE(reply.text.empty());
@@ -370,7 +371,7 @@ TEST_F(DebuggerTest, DebugResourcesDescribeEntitiesAndContexts) {
 
   // A refused event at any point is an error.
   for (int refuseAt = 0; refuseAt < 4; ++refuseAt) {
-    RecordingBuilder refusing(refuseAt);
+    ReplyText refusing(refuseAt);
     EXPECT_EQ(framework.retrieveResource("debug/entities", 14, DynamicObject(), refusing), resources::error);
   }
   facade.popContext(engine, 3);
@@ -613,7 +614,7 @@ TEST_F(EventFrameworkTest, SubscriptionsAreCancelledByHandleOrAllAtOnce) {
   // The engine's own subscriptions end with it.
   {
     EventFramework transient(framework);
-    RecordingBuilder reply;
+    ReplyText reply;
     EXPECT_EQ(transient.createResource("subscriptions", 13, subscription("unregistration"), reply), resources::done);
     EXPECT_EQ(framework.getRequestRegistry().countRequests(), 1u);
   }

@@ -188,7 +188,7 @@ TEST(JsonReader, HandsArrayElementsAsArrayChildThenValue) {
   EXPECT_THAT(builder.events,
               ElementsAre("beginArray", "arrayChild", "integer 1", "arrayChild", "beginArray", "arrayChild",
                           "boolean true", "endArray", "arrayChild", "beginObject", "objectChild k", "null",
-                          "objectChild r", "real -0.500000", "endObject", "arrayChild", "string s", "endArray"));
+                          "objectChild r", "real -0.5", "endObject", "arrayChild", "string s", "endArray"));
 }
 
 TEST(JsonReader, ReportsMalformedTextAndKeepsWhatWasRead) {

@@ -238,7 +238,7 @@ TEST(SerializeDynamicObject, EmitsEventsInChildOrder) {
   buildSample(builder);
   EXPECT_THAT(eventsOf(object),
               ElementsAre("begin", "beginObject", "objectChild name", "string box", "objectChild open", "boolean true",
-                          "objectChild ratio", "real 0.500000", "objectChild size", "integer 3", "objectChild tags",
+                          "objectChild ratio", "real 0.5", "objectChild size", "integer 3", "objectChild tags",
                           "beginArray", "arrayChild", "string x", "arrayChild", "null", "arrayChild", "beginObject",
                           "objectChild deep", "integer -7", "endObject", "endArray", "endObject", "end"));
 }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "support/AssertionRecorder.h"
+#include "support/RecordingBuilder.h"
 
 using nox::utils::AbstractObjectBuilder;
 using nox::utils::BufferLogger;
@@ -42,34 +43,8 @@ std::string onlyError(const BufferLogger& logger) {
   return logger.getEntries().empty() ? "" : logger.getEntries().back().message.c_str();
 }
 
-class RecordingBuilder : public AbstractObjectBuilder {
- public:
-  using AbstractObjectBuilder::objectChild;
-  using AbstractObjectBuilder::string;
-  bool begin() override { return record("begin"); }
-  bool end() override { return record("end"); }
-  bool boolean(bool value) override { return record(value ? "true" : "false"); }
-  bool integer(std::int64_t value) override { return record("int " + std::to_string(value)); }
-  bool real(double value) override {
-    std::ostringstream out;
-    out << "real " << value;
-    return record(out.str());
-  }
-  bool string(const char* text, unsigned int length) override { return record("str " + std::string(text, length)); }
-  bool beginObject() override { return record("{"); }
-  bool objectChild(const char* key, unsigned int length) override { return record("." + std::string(key, length)); }
-  bool endObject() override { return record("}"); }
-  std::vector<std::string> events;
-
- private:
-  bool record(const std::string& event) {
-    events.push_back(event);
-    return true;
-  }
-};
-
 std::vector<std::string> queryEvents(const std::string& query) {
-  RecordingBuilder builder;
+  nox::test::RecordingBuilder builder;
   EXPECT_TRUE(Uri::parseQuery(query.data(), static_cast<unsigned int>(query.size()), builder)) << query;
   return builder.events;
 }
@@ -255,18 +230,21 @@ TEST(Uri, RetrievesTheFirstPathSegment) {
 }
 
 TEST(Uri, ParsesQueriesIntoOneObject) {
-  EXPECT_THAT(queryEvents(""), ElementsAre("begin", "{", "}", "end"));
-  EXPECT_THAT(queryEvents("n=-12&r=2.5&e=1e3&t=true&f=false&flag&s=abc&empty=&eq=a=b&big=99999999999999999999"),
-              ElementsAre("begin", "{", ".n", "int -12", ".r", "real 2.5", ".e", "real 1000", ".t", "true", ".f",
-                          "false", ".flag", "true", ".s", "str abc", ".empty", "str ", ".eq", "str a=b", ".big",
-                          "real 1e+20", "}", "end"));
+  EXPECT_THAT(queryEvents(""), ElementsAre("begin", "beginObject", "endObject", "end"));
+  EXPECT_THAT(
+      queryEvents("n=-12&r=2.5&e=1e3&t=true&f=false&flag&s=abc&empty=&eq=a=b&big=99999999999999999999"),
+      ElementsAre("begin", "beginObject", "objectChild n", "integer -12", "objectChild r", "real 2.5", "objectChild e",
+                  "real 1000", "objectChild t", "boolean true", "objectChild f", "boolean false", "objectChild flag",
+                  "boolean true", "objectChild s", "string abc", "objectChild empty", "string ", "objectChild eq",
+                  "string a=b", "objectChild big", "real 1e+20", "endObject", "end"));
   EXPECT_THAT(queryEvents("&a=+7&&b=.5&c=1.&d=1e&e=-&g=1e999&"),
-              ElementsAre("begin", "{", ".a", "int 7", ".b", "real 0.5", ".c", "real 1", ".d", "str 1e", ".e", "str -",
-                          ".g", "str 1e999", "}", "end"));
+              ElementsAre("begin", "beginObject", "objectChild a", "integer 7", "objectChild b", "real 0.5",
+                          "objectChild c", "real 1", "objectChild d", "string 1e", "objectChild e", "string -",
+                          "objectChild g", "string 1e999", "endObject", "end"));
 
   // An empty name before "=" is malformed: reported, nothing emitted.
   for (const char* query : {"=1", "a=1&=2"}) {
-    RecordingBuilder builder;
+    nox::test::RecordingBuilder builder;
     BufferLogger logger(true, true, true);
     builder.setLogger(&logger);
     EXPECT_FALSE(Uri::parseQuery(query, static_cast<unsigned int>(std::strlen(query)), builder));

@@ -5,6 +5,7 @@
 #include <nox/utils/AbstractObjectBuilder.h>
 
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,12 @@ class RecordingBuilder : public nox::utils::AbstractObjectBuilder {
   bool null() override { return record("null"); }
   bool boolean(bool value) override { return record(value ? "boolean true" : "boolean false"); }
   bool integer(std::int64_t value) override { return record("integer " + std::to_string(value)); }
-  bool real(double value) override { return record("real " + std::to_string(value)); }
+  // Reals as a stream writes them by default ("0.5", "1e+20").
+  bool real(double value) override {
+    std::ostringstream text;
+    text << "real " << value;
+    return record(text.str());
+  }
   bool string(const char* text, unsigned int length) override { return record("string " + std::string(text, length)); }
   bool beginObject() override { return record("beginObject"); }
   bool objectChild(const char* key, unsigned int length) override {

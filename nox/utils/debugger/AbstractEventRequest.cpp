@@ -1,6 +1,6 @@
 #include <nox/utils/debugger/AbstractEventRequest.h>
 
-#include <nox/allocator/Allocator.h>
+#include <nox/allocator/Owned.h>
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/AbstractEventFilter.h>
 #include <nox/utils/debugger/AbstractEventRequestVisitor.h>
@@ -34,7 +34,8 @@ bool AbstractEventRequest::declareMetadata(TypeManager& types, AbstractLogger* l
 AbstractEventRequest::~AbstractEventRequest() = default;
 
 bool AbstractEventRequest::addFilter(AbstractEventFilter* filter) {
-  NOX_DELETE(filter);
+  // Requests without filters refuse every one, and own it all the same.
+  allocator::Owned<AbstractEventFilter> refused(filter);
   return false;
 }
 

@@ -12,7 +12,9 @@ bool BreakpointRequest::declareMetadata(TypeManager& types, AbstractLogger* logg
   return types.addBaseType(getClassTypeId(), AbstractEventRequest::getClassTypeId(), logger);
 }
 
-bool BreakpointRequest::addFilter(AbstractEventFilter* filter) { return filters_.add(filter); }
+bool BreakpointRequest::addFilter(AbstractEventFilter* filter) {
+  return filters_.add(allocator::Owned<AbstractEventFilter>(filter));
+}
 
 void BreakpointRequest::update() { filters_.updateAll(); }
 

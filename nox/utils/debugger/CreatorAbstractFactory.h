@@ -3,7 +3,7 @@
 // here. Hosts may register creators of their own names.
 #pragma once
 
-#include <nox/allocator/Allocator.h>
+#include <nox/allocator/Owned.h>
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Containers.h>
 #include <nox/utils/ErrorType.h>
@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <string_view>
+#include <utility>
 
 namespace nox::utils::debugger {
 
@@ -26,16 +27,16 @@ class CreatorAbstractFactory {
   // Takes ownership of `creator` (made with new or NOX_NEW) whatever the answer: a refused
   // creator is destroyed at once.
   bool registerCreator(const char* name, Creator* creator, AbstractLogger* logger) {
-    if (name == nullptr || creator == nullptr) {
+    allocator::Owned<Creator> owned(creator);
+    if (name == nullptr || owned == nullptr) {
       NOX_LOG_ERROR(logger, error::invalidArgument, "A creator needs a name and an instance.");
-      NOX_DELETE(creator);
       return false;
     }
-    if (!creators_.emplace(String(name), creator).second) {
+    if (creators_.count(std::string_view(name)) != 0) {
       NOX_LOG_ERROR(logger, error::invalidArgument, "A creator is already registered for " << name);
-      NOX_DELETE(creator);
       return false;
     }
+    creators_.emplace(String(name), std::move(owned));
     return true;
   }
 
@@ -43,7 +44,6 @@ class CreatorAbstractFactory {
   bool unregisterCreator(const char* name) {
     auto found = name != nullptr ? creators_.find(std::string_view(name)) : creators_.end();
     if (found == creators_.end()) return false;
-    NOX_DELETE(found->second);
     creators_.erase(found);
     return true;
   }
@@ -51,16 +51,13 @@ class CreatorAbstractFactory {
   // Null when no creator has that name.
   const Creator* findCreator(const char* name, unsigned int length) const {
     auto found = creators_.find(std::string_view(name, length));
-    return found != creators_.end() ? found->second : nullptr;
+    return found != creators_.end() ? found->second.get() : nullptr;
   }
 
-  void clear() {
-    for (auto& entry : creators_) NOX_DELETE(entry.second);
-    creators_.clear();
-  }
+  void clear() { creators_.clear(); }
 
  private:
-  Map<String, Creator*, std::less<>> creators_;
+  Map<String, allocator::Owned<Creator>, std::less<>> creators_;
 };
 
 }  // namespace nox::utils::debugger

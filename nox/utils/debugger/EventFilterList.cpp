@@ -1,31 +1,34 @@
 #include <nox/utils/debugger/EventFilterList.h>
 
-#include <nox/allocator/Allocator.h>
 #include <nox/utils/debugger/AbstractEventFilter.h>
+
+#include <utility>
 
 namespace nox::utils::debugger {
 
-EventFilterList::~EventFilterList() {
-  for (AbstractEventFilter* filter : filters_) NOX_DELETE(filter);
-}
-
-bool EventFilterList::add(AbstractEventFilter* filter) {
+bool EventFilterList::add(allocator::Owned<AbstractEventFilter> filter) {
   if (filter == nullptr) return false;
-  filters_.push_back(filter);
+  filters_.push_back(std::move(filter));
   return true;
 }
 
+Vector<AbstractEventFilter*> EventFilterList::get() const {
+  Vector<AbstractEventFilter*> filters;
+  for (const auto& filter : filters_) filters.push_back(filter.get());
+  return filters;
+}
+
 void EventFilterList::updateAll() {
-  for (AbstractEventFilter* filter : filters_) filter->update();
+  for (const auto& filter : filters_) filter->update();
 }
 
 void EventFilterList::acceptAll(AbstractEventFilterVisitor& first) const {
-  for (const AbstractEventFilter* filter : filters_) filter->accept(first);
+  for (const auto& filter : filters_) filter->accept(first);
 }
 
 void EventFilterList::acceptAll(AbstractEventFilterVisitor& first, AbstractEventFilterVisitor& second,
                                 AbstractEventFilterVisitor& third) const {
-  for (const AbstractEventFilter* filter : filters_) {
+  for (const auto& filter : filters_) {
     filter->accept(first);
     filter->accept(second);
     filter->accept(third);

@@ -3,6 +3,7 @@
 // hold their filters in one too.
 #pragma once
 
+#include <nox/allocator/Owned.h>
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
 
@@ -14,23 +15,23 @@ class AbstractEventFilterVisitor;
 class NOX_UTILS_API EventFilterList {
  public:
   EventFilterList() = default;
-  ~EventFilterList();
 
   EventFilterList(const EventFilterList&) = delete;
   EventFilterList& operator=(const EventFilterList&) = delete;
 
-  // Takes ownership; null is refused.
-  bool add(AbstractEventFilter* filter);
+  // Null is refused.
+  bool add(allocator::Owned<AbstractEventFilter> filter);
   void updateAll();
   // Offers every filter, in order, to each visitor.
   void acceptAll(AbstractEventFilterVisitor& first) const;
   void acceptAll(AbstractEventFilterVisitor& first, AbstractEventFilterVisitor& second,
                  AbstractEventFilterVisitor& third) const;
 
-  const Vector<AbstractEventFilter*>& get() const { return filters_; }
+  // The filters, still owned by the list.
+  Vector<AbstractEventFilter*> get() const;
 
  private:
-  Vector<AbstractEventFilter*> filters_;
+  Vector<allocator::Owned<AbstractEventFilter>> filters_;
 };
 
 }  // namespace nox::utils::debugger

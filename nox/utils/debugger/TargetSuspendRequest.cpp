@@ -1,10 +1,12 @@
 #include <nox/utils/debugger/TargetSuspendRequest.h>
 
-#include <nox/allocator/Allocator.h>
+#include <nox/allocator/Owned.h>
 #include <nox/utils/TypeManager.h>
 #include <nox/utils/debugger/AbstractEventListener.h>
 #include <nox/utils/debugger/EntitiesFilter.h>
 #include <nox/utils/debugger/EntitiesFilterVisitor.h>
+
+#include <utility>
 
 namespace nox::utils::debugger {
 
@@ -13,9 +15,9 @@ bool TargetSuspendRequest::declareMetadata(TypeManager& types, AbstractLogger* l
 }
 
 bool TargetSuspendRequest::addFilter(AbstractEventFilter* filter) {
-  if (filter != nullptr && filter->getTypeId() == EntitiesFilter::getClassTypeId()) return filters_.add(filter);
-  NOX_DELETE(filter);
-  return false;
+  allocator::Owned<AbstractEventFilter> owned(filter);
+  if (owned == nullptr || owned->getTypeId() != EntitiesFilter::getClassTypeId()) return false;
+  return filters_.add(std::move(owned));
 }
 
 bool TargetSuspendRequest::notify(unsigned int entity) const {

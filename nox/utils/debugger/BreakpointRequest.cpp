@@ -1,6 +1,7 @@
 #include <nox/utils/debugger/BreakpointRequest.h>
 
 #include <nox/utils/TypeManager.h>
+#include <nox/utils/debugger/AbstractEventFilter.h>
 #include <nox/utils/debugger/AbstractEventListener.h>
 #include <nox/utils/debugger/EntitiesFilterVisitor.h>
 #include <nox/utils/debugger/HitCountFilterVisitor.h>

@@ -6,6 +6,10 @@
 
 namespace nox::utils::debugger {
 
+EventFilterList::EventFilterList() = default;
+
+EventFilterList::~EventFilterList() = default;
+
 bool EventFilterList::add(allocator::Owned<AbstractEventFilter> filter) {
   if (filter == nullptr) return false;
   filters_.push_back(std::move(filter));

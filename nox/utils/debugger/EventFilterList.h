@@ -14,7 +14,9 @@ class AbstractEventFilterVisitor;
 
 class NOX_UTILS_API EventFilterList {
  public:
-  EventFilterList() = default;
+  // Both out of line: the filters' class is only declared here.
+  EventFilterList();
+  ~EventFilterList();
 
   EventFilterList(const EventFilterList&) = delete;
   EventFilterList& operator=(const EventFilterList&) = delete;

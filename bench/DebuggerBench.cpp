@@ -58,7 +58,7 @@ void BM_RecursiveMutexPair(benchmark::State& state) {
 }
 BENCHMARK(BM_RecursiveMutexPair);
 
-NOX_BENCH_RATIO("debugger context push + pop vs recursive mutex lock + unlock", "BM_DebuggerPushPop",
-                "BM_RecursiveMutexPair", 3.0);
+NOX_BENCH_RATIO("context push + pop with no stop condition, vs a recursive mutex pair", "BM_DebuggerPushPop",
+                "BM_RecursiveMutexPair", 2.0);
 
 }  // namespace

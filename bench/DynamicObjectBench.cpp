@@ -1,6 +1,7 @@
 // DynamicObject against RapidJSON and nlohmann::json doing the same work on the same
-// data: 1 000 objects "a<i>" of 100 children "child<j>" holding integers, reals and
-// strings (100 000 properties), built, looked up by path, iterated and copied.
+// data: 1 000 objects "a<i>" of 100 children "child<j>" holding, a third each, integers,
+// reals and 4-12-byte strings (100 000 properties), built, looked up by path, iterated
+// (with and without reading every value) and copied.
 //
 // Memory is reported per property: ours from the library allocator, the peers by
 // counting their heap use (a global operator new for nlohmann, a counting base
@@ -103,7 +104,7 @@ struct Data {
     for (int i = 0; i < objectCount; ++i) objectNames.push_back("a" + std::to_string(i));
     for (int j = 0; j < childCount; ++j) {
       childNames.push_back("child" + std::to_string(j));
-      texts.push_back("text" + std::to_string(j));
+      texts.push_back(std::string(4 + j % 9, static_cast<char>('a' + j % 26)));
     }
     for (int i = 0; i < objectCount; ++i) {
       for (int j = 0; j < childCount; ++j) lookups.push_back({i, j, objectNames[i] + "." + childNames[j]});
@@ -162,6 +163,30 @@ void buildOurs(DynamicObject& object) {
   builder.end();
 }
 
+// What a program that builds by path does, each parent found once: the children are
+// added to their parent's handle and set through theirs.
+void buildOursByPath(DynamicObject& object) {
+  const Data& d = data();
+  for (int i = 0; i < objectCount; ++i) {
+    const unsigned int parent =
+        object.addChild(object.getRoot(), d.objectNames[i].data(), static_cast<unsigned int>(d.objectNames[i].size()));
+    for (int j = 0; j < childCount; ++j) {
+      const unsigned int child =
+          object.addChild(parent, d.childNames[j].data(), static_cast<unsigned int>(d.childNames[j].size()));
+      switch (d.kindOf(j)) {
+        case 0:
+          object.setInt(child, d.integerOf(i, j));
+          break;
+        case 1:
+          object.setReal(child, d.realOf(i, j));
+          break;
+        default:
+          object.setString(child, d.texts[j].data(), static_cast<unsigned int>(d.texts[j].size()));
+      }
+    }
+  }
+}
+
 // The faster of nlohmann's natural forms: each parent is looked up once, not once per child.
 void buildNlohmann(Json& root) {
   const Data& d = data();
@@ -216,7 +241,8 @@ void setPerProperty(benchmark::State& state, const char* name, double total) {
   state.counters[name] = benchmark::Counter(total / propertyCount);
 }
 
-void BM_DynamicObjectBuild(benchmark::State& state) {
+template <void (*build)(DynamicObject&)>
+void measureOurBuild(benchmark::State& state) {
   nox::allocator::Allocator& allocator = nox::allocator::Allocator::instance();
   {
     // Blocks taken from the spare cache were counted live before the build.
@@ -224,17 +250,23 @@ void BM_DynamicObjectBuild(benchmark::State& state) {
     std::uint64_t bytesBefore = heldBytes();
     std::uint64_t allocationsBefore = allocator.allocationCount();
     DynamicObject object;
-    buildOurs(object);
+    build(object);
     setPerProperty(state, "bytes/prop", static_cast<double>(heldBytes() - bytesBefore));
     setPerProperty(state, "allocs/prop", static_cast<double>(allocator.allocationCount() - allocationsBefore));
   }
   for (auto _ : state) {
     DynamicObject object;
-    buildOurs(object);
+    build(object);
     benchmark::DoNotOptimize(object);
   }
 }
+
+void BM_DynamicObjectBuild(benchmark::State& state) { measureOurBuild<buildOursByPath>(state); }
 BENCHMARK(BM_DynamicObjectBuild)->Unit(benchmark::kMillisecond);
+
+// The same data through the object builder's events, as readers of other formats build.
+void BM_DynamicObjectBuilderEvents(benchmark::State& state) { measureOurBuild<buildOurs>(state); }
+BENCHMARK(BM_DynamicObjectBuilderEvents)->Unit(benchmark::kMillisecond);
 
 void BM_NlohmannBuild(benchmark::State& state) {
   {
@@ -409,6 +441,74 @@ void BM_RapidJsonIterate(benchmark::State& state) {
 }
 BENCHMARK(BM_RapidJsonIterate)->Unit(benchmark::kMillisecond);
 
+// ---- Iteration as users iterate: every property's key, and its value read with the
+// object's getters.
+
+void BM_DynamicObjectIterateAndRead(benchmark::State& state) {
+  const DynamicObject& object = ourObject();
+  for (auto _ : state) {
+    std::uint64_t sum = 0;
+    double reals = 0;
+    for (DynamicObjectIterator it(object, 0); !it.next().end();) {
+      const unsigned int property = it.getProperty();
+      sum += it.getKeyLength() + static_cast<unsigned char>(it.getKey()[0]);
+      switch (object.getType(property)) {
+        case type::integer:
+          sum += static_cast<std::uint64_t>(object.getInt(property));
+          break;
+        case type::real:
+          reals += object.getReal(property);
+          break;
+        case type::string:
+          sum += static_cast<unsigned char>(object.getString(property)[0]);
+          break;
+        default:
+          sum += object.countChildren(property);
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(reals);
+  }
+  state.SetItemsProcessed(state.iterations() * propertyCount);
+}
+BENCHMARK(BM_DynamicObjectIterateAndRead)->Unit(benchmark::kMillisecond);
+
+void readNlohmannValue(const Json& value, std::uint64_t& sum, double& reals) {
+  switch (value.type()) {
+    case Json::value_t::number_integer:
+      sum += static_cast<std::uint64_t>(value.get<std::int64_t>());
+      break;
+    case Json::value_t::number_float:
+      reals += value.get<double>();
+      break;
+    case Json::value_t::string:
+      sum += static_cast<unsigned char>(value.get_ref<const std::string&>()[0]);
+      break;
+    default:
+      sum += value.size();
+  }
+}
+
+void BM_NlohmannIterateAndRead(benchmark::State& state) {
+  const Json& root = nlohmannRoot();
+  for (auto _ : state) {
+    std::uint64_t sum = 0;
+    double reals = 0;
+    for (auto parent = root.begin(); parent != root.end(); ++parent) {
+      sum += parent.key().size() + static_cast<unsigned char>(parent.key()[0]);
+      readNlohmannValue(*parent, sum, reals);
+      for (auto child = parent->begin(); child != parent->end(); ++child) {
+        sum += child.key().size() + static_cast<unsigned char>(child.key()[0]);
+        readNlohmannValue(*child, sum, reals);
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(reals);
+  }
+  state.SetItemsProcessed(state.iterations() * propertyCount);
+}
+BENCHMARK(BM_NlohmannIterateAndRead)->Unit(benchmark::kMillisecond);
+
 // ---- Copy of the whole object (and its destruction).
 
 void BM_DynamicObjectCopy(benchmark::State& state) {
@@ -439,15 +539,20 @@ void BM_RapidJsonCopy(benchmark::State& state) {
 }
 BENCHMARK(BM_RapidJsonCopy)->Unit(benchmark::kMillisecond);
 
-NOX_BENCH_RATIO("DynamicObject build / nlohmann build", "BM_DynamicObjectBuild", "BM_NlohmannBuild", 1.0);
-NOX_BENCH_RATIO("DynamicObject path lookup / nlohmann lookup", "BM_DynamicObjectLookup", "BM_NlohmannLookup", 0.25);
-NOX_BENCH_RATIO("DynamicObject iteration / nlohmann iteration", "BM_DynamicObjectIterate", "BM_NlohmannIterate", 1.0);
-NOX_BENCH_RATIO("DynamicObject copy / nlohmann copy", "BM_DynamicObjectCopy", "BM_NlohmannCopy", 0.5);
-// For information: RapidJSON trades lookups (linear member search) for build speed.
-NOX_BENCH_RATIO("DynamicObject build / RapidJSON build", "BM_DynamicObjectBuild", "BM_RapidJsonBuild", 100.0);
-NOX_BENCH_RATIO("DynamicObject path lookup / RapidJSON lookup", "BM_DynamicObjectLookup", "BM_RapidJsonLookup", 100.0);
-NOX_BENCH_RATIO("DynamicObject iteration / RapidJSON iteration", "BM_DynamicObjectIterate", "BM_RapidJsonIterate",
-                100.0);
-NOX_BENCH_RATIO("DynamicObject copy / RapidJSON copy", "BM_DynamicObjectCopy", "BM_RapidJsonCopy", 100.0);
+NOX_BENCH_RATIO("iterate and read every value, vs nlohmann", "BM_DynamicObjectIterateAndRead",
+                "BM_NlohmannIterateAndRead", 2.5);
+NOX_BENCH_RATIO("build 100 000 properties by path, vs nlohmann (hoisted parents)", "BM_DynamicObjectBuild",
+                "BM_NlohmannBuild", 1.3);
+NOX_BENCH_RATIO("lookup 100 000 paths, vs nlohmann", "BM_DynamicObjectLookup", "BM_NlohmannLookup", 0.8);
+NOX_BENCH_COUNTER_LIMIT("bytes per property (build by path)", "BM_DynamicObjectBuild", "bytes/prop", 40);
+NOX_BENCH_COUNTER_LIMIT("heap allocations per property (build by path)", "BM_DynamicObjectBuild", "allocs/prop", 0.05);
+NOX_BENCH_RATIO("copy, vs nlohmann", "BM_DynamicObjectCopy", "BM_NlohmannCopy", 0.5);
+NOX_BENCH_INFO("build through builder events, vs nlohmann", "BM_DynamicObjectBuilderEvents", "BM_NlohmannBuild");
+NOX_BENCH_INFO("iterate keys and types only, vs nlohmann", "BM_DynamicObjectIterate", "BM_NlohmannIterate");
+// RapidJSON trades lookups (linear member search) for build speed.
+NOX_BENCH_INFO("build by path, vs RapidJSON", "BM_DynamicObjectBuild", "BM_RapidJsonBuild");
+NOX_BENCH_INFO("lookup, vs RapidJSON", "BM_DynamicObjectLookup", "BM_RapidJsonLookup");
+NOX_BENCH_INFO("iterate keys and types only, vs RapidJSON", "BM_DynamicObjectIterate", "BM_RapidJsonIterate");
+NOX_BENCH_INFO("copy, vs RapidJSON", "BM_DynamicObjectCopy", "BM_RapidJsonCopy");
 
 }  // namespace

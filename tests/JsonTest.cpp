@@ -11,9 +11,12 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -135,6 +138,66 @@ TEST_F(JsonWriter, RefusesNonFiniteRealsThenStaysInError) {
   EXPECT_TRUE(builder_.beginArray());
   EXPECT_FALSE(builder_.real(-std::numeric_limits<double>::infinity()));
   expectOnlyError(logger_, "Invalid real value passed: -inf");
+}
+
+TEST_F(JsonWriter, WritesRealsAsTheShortestTextThatReadsBack) {
+  ASSERT_TRUE(builder_.begin());
+  ASSERT_TRUE(builder_.beginArray());
+  for (double value : {0.06, 1.0, -0.0, 100.0, 1e21, 5e-324, -1.7976931348623157e308, 0.1 + 0.2}) {
+    ASSERT_TRUE(builder_.arrayChild());
+    ASSERT_TRUE(builder_.real(value));
+  }
+  ASSERT_TRUE(builder_.endArray());
+  ASSERT_TRUE(builder_.end());
+  // Integral values keep a fraction, so that they read back as reals.
+  EXPECT_EQ(textOf(output_), "[0.06,1.0,-0.0,100.0,1e+21,5e-324,-1.7976931348623157e+308,0.30000000000000004]");
+
+  // A real where a key is due is refused as any value is.
+  ASSERT_TRUE(builder_.begin());
+  ASSERT_TRUE(builder_.beginObject());
+  EXPECT_FALSE(builder_.real(2.5));
+  expectOnlyError(logger_, "No current property");
+  EXPECT_TRUE(builder_.end());
+}
+
+// Random bit patterns cover every exponent, subnormals included; each batch stays below
+// the largest array a dynamic object holds.
+TEST(JsonRealRoundTrip, ReadsBackEveryWrittenDoubleBitForBit) {
+#if defined(__SANITIZE_ADDRESS__)
+  const int total = 100000;  // a tenth under the sanitizers, where a million takes minutes
+#else
+  const int total = 1000000;
+#endif
+  const int batch = 50000;
+  std::mt19937_64 random(20240607);
+  int subnormals = 0;
+  for (int done = 0; done < total; done += batch) {
+    std::vector<double> values;
+    while (values.size() < batch) {
+      std::uint64_t bits = random();
+      if (values.size() % 4 == 0) bits &= 0x800FFFFFFFFFFFFFULL;  // exponent 0: subnormal (or zero)
+      double value;
+      std::memcpy(&value, &bits, sizeof value);
+      if (!std::isfinite(value)) continue;
+      subnormals += std::fpclassify(value) == FP_SUBNORMAL ? 1 : 0;
+      values.push_back(value);
+    }
+    DynamicObject written;
+    nox::utils::DynamicObjectBuilder builder(written, 0);
+    ASSERT_TRUE(builder.beginArray());
+    for (double value : values) ASSERT_TRUE(builder.arrayChild() && builder.real(value));
+    ASSERT_TRUE(builder.endArray());
+    DynamicObject read;
+    ASSERT_TRUE(fromJson(toJson(written), read));
+    ASSERT_EQ(read.countChildren(read.getRoot()), values.size());
+    for (unsigned int i = 0; i < values.size(); ++i) {
+      const unsigned int element = read.getChild(read.getRoot(), i);
+      ASSERT_EQ(read.getType(element), type::real) << values[i];
+      const double back = read.getReal(element);
+      ASSERT_EQ(std::memcmp(&back, &values[i], sizeof back), 0) << values[i] << " read back as " << back;
+    }
+  }
+  EXPECT_GT(subnormals, total / 8);
 }
 
 TEST_F(JsonWriter, RefusesTheHundredTwentyEighthNestedArray) {

@@ -47,7 +47,8 @@ class NOX_UTILS_API JsonObjectBuilder : public AbstractObjectBuilder {
   bool null() override;
   bool boolean(bool value) override;
   bool integer(std::int64_t value) override;
-  // Only finite values have a JSON form.
+  // Only finite values have a JSON form. A real is written as the shortest text that
+  // reads back to the same double, with a fraction when it is integral ("1.0").
   bool real(double value) override;
   bool string(const char* text, unsigned int length) override;
   bool beginObject() override;

@@ -244,6 +244,84 @@ TEST_F(JsonWriter, StopsAtTheFirstFailedWrite) {
   EXPECT_THAT(errorMessages(logger_)[0], StartsWith("Can't write to the io on /nonexistent/never-opened.json"));
 }
 
+// Takes writes until it holds `capacity` bytes, counting them.
+class BoundedOutput : public nox::utils::AbstractDataInputOutput {
+ public:
+  explicit BoundedOutput(std::size_t capacity) : capacity_(capacity) {}
+  bool isWritable() const override { return true; }
+  bool write(const char* data, unsigned int size, nox::utils::AbstractLogger* logger) override {
+    ++writes;
+    if (text.size() + size > capacity_) {
+      NOX_LOG_ERROR(logger, error::ioProblem, "full");
+      return false;
+    }
+    text.append(data, size);
+    return true;
+  }
+  bool isReadable() const override { return false; }
+  bool read(char*, unsigned int& size, nox::utils::AbstractLogger*) override {
+    size = 0;
+    return false;
+  }
+
+  std::string text;
+  int writes = 0;
+
+ private:
+  std::size_t capacity_;
+};
+
+TEST(JsonWriterStream, GathersTextIntoLargeWritesWholeOnceTheTopLevelCloses) {
+  DynamicObject object;
+  for (int i = 0; i < 20000; ++i)
+    object.setInt(object.addChild(object.getRoot(), ("k" + std::to_string(i)).c_str()), i);
+  BoundedOutput output(std::size_t{1} << 30);
+  ASSERT_TRUE(nox::utils::serializeDynamicObjectToJson(object, output, nullptr));
+  EXPECT_GT(output.text.size(), 200000u);
+  EXPECT_LE(output.writes, 10);
+  DynamicObject copy;
+  ASSERT_TRUE(fromJson(output.text, copy));
+  EXPECT_EQ(copy.getInt("k19999"), 19999);
+
+  // Readers of the stream find the text there before end().
+  BoundedOutput early(1000);
+  JsonObjectBuilder builder(early, false);
+  ASSERT_TRUE(builder.begin());
+  ASSERT_TRUE(builder.beginArray() && builder.arrayChild() && builder.integer(7) && builder.endArray());
+  EXPECT_EQ(early.text, "[7]");
+  EXPECT_TRUE(builder.end());
+}
+
+TEST(JsonWriterStream, ReportsAStreamThatFillsUpOnce) {
+  DynamicObject object;
+  for (int i = 0; i < 20000; ++i)
+    object.setInt(object.addChild(object.getRoot(), ("k" + std::to_string(i)).c_str()), i);
+  BufferLogger logger(true, true, true);
+  BoundedOutput output(100000);
+  EXPECT_FALSE(nox::utils::serializeDynamicObjectToJson(object, output, &logger));
+  EXPECT_THAT(errorMessages(logger), ElementsAre("full"));
+
+  // A refused event leaves the text before it written, even with the top level open.
+  BoundedOutput partial(1000);
+  JsonObjectBuilder builder(partial, false);
+  builder.setLogger(&logger);
+  logger.clear();
+  ASSERT_TRUE(builder.begin());
+  ASSERT_TRUE(builder.beginObject() && builder.objectChild("a") && builder.integer(1));
+  EXPECT_FALSE(builder.integer(2));
+  expectOnlyError(logger, "No current property");
+  EXPECT_EQ(partial.text, R"({"a":1)");
+  // A build whose stream fails at its end says so.
+  BoundedOutput tiny(3);
+  JsonObjectBuilder last(tiny, false);
+  last.setLogger(&logger);
+  logger.clear();
+  ASSERT_TRUE(last.begin());
+  ASSERT_TRUE(last.beginArray() && last.arrayChild() && last.integer(12345));
+  EXPECT_FALSE(last.end());
+  EXPECT_THAT(errorMessages(logger), ElementsAre("full"));
+}
+
 TEST(JsonReader, HandsArrayElementsAsArrayChildThenValue) {
   nox::test::RecordingBuilder builder;
   MemoryInputOutput input(R"([1, [true], {"k": null, "r": -0.5}, "s"])", 40);

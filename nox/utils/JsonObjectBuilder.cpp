@@ -5,6 +5,7 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Containers.h>
 #include <nox/utils/DynamicObjectBuilder.h>
+#include <nox/utils/String.h>
 
 #include <yajl/yajl_gen.h>
 #include <yajl/yajl_parse.h>
@@ -120,28 +121,64 @@ struct JsonObjectBuilder::State {
   bool conclude(yajl_gen_status status) {
     if (status != yajl_gen_status_ok) {
       NOX_LOG_ERROR(logger, error::invalidOperation, describeGeneratorStatus(status));
-      broken = true;
-    } else if (writeFailed) {
-      broken = true;  // The stream reported its failure.
+      return refuse();
     }
+    if (writeFailed) broken = true;  // The stream reported its failure.
     return !broken;
   }
 
   // Refuses the event after its own report.
   bool refuse() {
     broken = true;
+    flush();
     return false;
   }
 
+  // The generator hands out its text a token, often a character, at a time; one write
+  // to the stream per piece would cost a virtual call and the stream's own bookkeeping
+  // each. Pieces are gathered and written in large runs instead: when the run is full,
+  // when the top-level object or array closes (the text is then whole in the stream, as
+  // readers of the stream expect), when an event fails (what came before it stays
+  // written) and when the build ends.
   static void print(void* context, const char* text, std::size_t length) {
     State& state = *static_cast<State*>(context);
-    if (state.writeFailed) return;  // One report from the stream is enough.
-    state.writeFailed = !state.output.write(text, static_cast<unsigned int>(length), state.logger);
+    if (state.pending.size() + length > gatheredLength) state.flush();
+    if (length > gatheredLength) {
+      state.write(text, length);
+    } else {
+      state.pending.append(text, length);
+    }
   }
+
+  // Writes what was gathered; false once the stream refused a write.
+  bool flush() {
+    if (!pending.empty()) write(pending.data(), pending.size());
+    pending.clear();
+    return !writeFailed;
+  }
+
+  void write(const char* text, std::size_t length) {
+    if (writeFailed) return;  // One report from the stream is enough.
+    writeFailed = !output.write(text, static_cast<unsigned int>(length), logger);
+  }
+
+  // Follows the nesting of objects and arrays; the text is whole when the top level closes.
+  bool open(bool accepted) {
+    depth += accepted ? 1 : 0;
+    return accepted;
+  }
+  bool close(bool accepted) {
+    if (accepted && --depth == 0 && !flush()) return refuse();
+    return accepted;
+  }
+
+  static constexpr std::size_t gatheredLength = 64 * 1024;
 
   AbstractDataInputOutput& output;
   yajl_gen generator = nullptr;
   AbstractLogger* logger = nullptr;
+  String pending;
+  unsigned int depth = 0;
   bool broken = false;
   bool writeFailed = false;
 };
@@ -150,7 +187,9 @@ JsonObjectBuilder::JsonObjectBuilder(AbstractDataInputOutput& output, bool beaut
     : state_(NOX_NEW State(output)), beautify_(beautify) {}
 
 JsonObjectBuilder::~JsonObjectBuilder() {
-  if (state_->generator != nullptr) yajl_gen_free(state_->generator);
+  if (state_->generator == nullptr) return;
+  state_->flush();
+  yajl_gen_free(state_->generator);
 }
 
 void JsonObjectBuilder::setLogger(AbstractLogger* logger) {
@@ -171,6 +210,7 @@ bool JsonObjectBuilder::begin() {
   yajl_gen_config(generator, yajl_gen_print_callback, &State::print, state_.get());
   yajl_gen_config(generator, yajl_gen_beautify, beautify_ ? 1 : 0);
   state_->generator = generator;
+  state_->depth = 0;
   state_->broken = false;
   state_->writeFailed = false;
   root_ = false;
@@ -182,10 +222,11 @@ bool JsonObjectBuilder::end() {
     NOX_LOG_ERROR(state_->logger, error::invalidOperation, "The Json building was already ended or has never begun.");
     return false;
   }
+  const bool written = state_->flush();
   yajl_gen_free(state_->generator);
   state_->generator = nullptr;
   root_ = false;
-  return true;
+  return written;
 }
 
 bool JsonObjectBuilder::checkRoot() {
@@ -235,7 +276,7 @@ bool JsonObjectBuilder::string(const char* text, unsigned int length) {
 }
 
 bool JsonObjectBuilder::beginObject() {
-  if (!state_->isReady() || !state_->conclude(yajl_gen_map_open(state_->generator))) return false;
+  if (!state_->isReady() || !state_->open(state_->conclude(yajl_gen_map_open(state_->generator)))) return false;
   root_ = true;
   return true;
 }
@@ -259,11 +300,11 @@ bool JsonObjectBuilder::objectChild(const char* key, unsigned int length) {
 
 bool JsonObjectBuilder::endObject() {
   if (!state_->isReady()) return false;
-  return state_->conclude(yajl_gen_map_close(state_->generator));
+  return state_->close(state_->conclude(yajl_gen_map_close(state_->generator)));
 }
 
 bool JsonObjectBuilder::beginArray() {
-  if (!state_->isReady() || !state_->conclude(yajl_gen_array_open(state_->generator))) return false;
+  if (!state_->isReady() || !state_->open(state_->conclude(yajl_gen_array_open(state_->generator)))) return false;
   root_ = true;
   return true;
 }
@@ -272,7 +313,7 @@ bool JsonObjectBuilder::arrayChild() { return true; }
 
 bool JsonObjectBuilder::endArray() {
   if (!state_->isReady()) return false;
-  return state_->conclude(yajl_gen_array_close(state_->generator));
+  return state_->close(state_->conclude(yajl_gen_array_close(state_->generator)));
 }
 
 // ---- Reader.

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -81,6 +83,25 @@ TEST(StringTableTest, HashTableRebuildsAtSevenTenthsLoad) {
   nox::test::AssertionRecorder recorder;
   EXPECT_EQ(table.at(18446744073709551615u), 0);
   EXPECT_EQ(recorder.last(), "No value registered at 18446744073709551615");
+}
+
+// Keys from the whole 64-bit range, the largest and multiples of the bucket counts
+// among them, are each found in their bucket through every growth.
+TEST(StringTableTest, HashTableFindsKeysOfEveryMagnitude) {
+  nox::utils::HashTable<std::uint64_t, int> table;
+  std::mt19937_64 random(7);
+  std::vector<std::uint64_t> keys = {~std::uint64_t{0}, ~std::uint64_t{0} - 1, 1, 10, 24, 240, 0x8000000000000000u};
+  while (keys.size() < 5000) keys.push_back(random() >> (random() % 64));
+  std::sort(keys.begin(), keys.end());
+  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    ASSERT_TRUE(table.insert(keys[i], static_cast<int>(i))) << keys[i];
+    ASSERT_NE(table.find(keys[i / 2]), nullptr) << keys[i / 2] << " after " << i + 1 << " entries";
+  }
+  for (std::size_t i = 0; i < keys.size(); ++i) ASSERT_EQ(table.at(keys[i]), static_cast<int>(i));
+  std::uint64_t absent = 2;
+  while (std::binary_search(keys.begin(), keys.end(), absent)) absent += 7;
+  EXPECT_EQ(table.find(absent), nullptr);
 }
 
 TEST(StringTableTest, EveryTextSurvivesGrowth) {

@@ -1152,7 +1152,8 @@ bool DynamicObject::copyValue(unsigned int property, const DynamicObject& source
       if (source.stringTable_ == stringTable_) {
         writeScalar(property, type::string, sourceValue->getPayload());
       } else {
-        setString(property, source.getStringTable().retrieve(sourceValue->getPayload(), ""));
+        const std::string_view text = source.getStringTable().retrieveToFirstZero(sourceValue->getPayload());
+        setString(property, text.data(), static_cast<unsigned int>(text.size()));
       }
       return true;
     case type::array: {
@@ -1233,8 +1234,9 @@ class DynamicObject::SubtreeWalk {
       case type::real:
         return builder_.real(value->getRealPayload());
       case type::string: {
-        const char* text = object_.stringTable_->retrieve(value->getPayload(), "");
-        return builder_.string(text, details::textLength(text));
+        // Strings are emitted up to their first zero byte.
+        const std::string_view text = object_.stringTable_->retrieveToFirstZero(value->getPayload());
+        return builder_.string(text.data(), static_cast<unsigned int>(text.size()));
       }
       case type::boolean:
         return builder_.boolean(value->getPayload() == 0);

@@ -74,7 +74,7 @@ class HashTable {
   Position search(const Key& key) const {
     Position position{endMark, endMark, endMark};
     if (buckets_.empty()) return position;
-    position.bucket = static_cast<std::uint32_t>(static_cast<std::uint64_t>(key) % buckets_.size());
+    position.bucket = bucketOf(static_cast<std::uint64_t>(key));
     for (std::uint32_t index = buckets_[position.bucket]; index != endMark; index = entries_[index].next) {
       if (entries_[index].key == key) {
         position.entry = index;
@@ -99,16 +99,28 @@ class HashTable {
   // insertion order would, without walking any chain.
   void rebuild() {
     buckets_.assign(entries_.size() * 2 + 10, endMark);
+    reciprocal_ = ~std::uint64_t{0} / buckets_.size();
     for (std::size_t index = entries_.size(); index-- > 0;) {
       Entry& entry = entries_[index];
-      std::uint32_t& head = buckets_[static_cast<std::uint64_t>(entry.key) % buckets_.size()];
+      std::uint32_t& head = buckets_[bucketOf(static_cast<std::uint64_t>(entry.key))];
       entry.next = head;
       head = static_cast<std::uint32_t>(index);
     }
   }
 
+  // key % bucketCount() without a division, which would cost more than the rest of a
+  // lookup: the quotient estimated from the reciprocal is at most one short.
+  std::uint32_t bucketOf(std::uint64_t key) const {
+    const std::uint64_t count = buckets_.size();
+    const auto quotient = static_cast<std::uint64_t>((static_cast<unsigned __int128>(key) * reciprocal_) >> 64);
+    std::uint64_t remainder = key - quotient * count;
+    if (remainder >= count) remainder -= count;
+    return static_cast<std::uint32_t>(remainder);
+  }
+
   Vector<Entry> entries_;
   Vector<std::uint32_t> buckets_;
+  std::uint64_t reciprocal_ = 0;  // floor((2^64 - 1) / bucketCount())
 };
 
 }  // namespace nox::utils

@@ -128,6 +128,7 @@ bool StringTable::empty() const { return table_.empty(); }
 void StringTable::clear() {
   recycleStrings();
   table_.clear();
+  textsWithZeroBytes_ = 0;
 }
 
 std::uint64_t StringTable::add(const char* text, unsigned int length, AbstractLogger* logger) {
@@ -143,6 +144,7 @@ std::uint64_t StringTable::add(const char* text, unsigned int length, AbstractLo
   String* string = pool_.obtain();
   string->assign(text, length);
   table_.insert(h, string);
+  if (std::memchr(text, 0, length) != nullptr) ++textsWithZeroBytes_;
   return h;
 }
 
@@ -183,18 +185,13 @@ bool StringTable::check(const char* text, const std::uint64_t& hash, AbstractLog
   return isText(text) && check(text, details::textLength(text), hash, logger);
 }
 
-const char* StringTable::retrieve(const std::uint64_t& hash, const char* defaultValue) const {
-  if (hash == 0) return defaultValue;
-  String* const* stored = table_.find(hash);
-  return stored == nullptr ? defaultValue : (*stored)->c_str();
-}
-
 void StringTable::copyEntriesFrom(const StringTable& other) {
   for (const auto& entry : other.table_.entries()) {
     String* string = pool_.obtain();
     *string = *entry.value;
     table_.insert(entry.key, string);
   }
+  textsWithZeroBytes_ = other.textsWithZeroBytes_;
 }
 
 void StringTable::recycleStrings() {

@@ -10,6 +10,7 @@
 #include <nox/utils/StringPool.h>
 
 #include <cstdint>
+#include <string_view>
 
 namespace nox::utils {
 
@@ -48,15 +49,37 @@ class NOX_UTILS_API StringTable {
   bool check(const char* text, const std::uint64_t& hash, AbstractLogger* logger) const;
 
   // The registered text for `hash` (valid until the table is cleared), else `defaultValue`.
-  const char* retrieve(const std::uint64_t& hash, const char* defaultValue) const;
+  const char* retrieve(const std::uint64_t& hash, const char* defaultValue) const {
+    const String* stored = find(hash);
+    return stored != nullptr ? stored->c_str() : defaultValue;
+  }
+  // The registered text for `hash` with its length (zero bytes included), else the empty text.
+  std::string_view retrieveText(const std::uint64_t& hash) const {
+    const String* stored = find(hash);
+    return stored != nullptr ? std::string_view(*stored) : std::string_view("");
+  }
+  // The registered text up to its first zero byte, as retrieve() reads to a C reader,
+  // without measuring it when no registered text holds a zero byte.
+  std::string_view retrieveToFirstZero(const std::uint64_t& hash) const {
+    const std::string_view text = retrieveText(hash);
+    return textsWithZeroBytes_ == 0 ? text : std::string_view(text.data());
+  }
 
  private:
+  // Inline: readers of string values look texts up on their hot paths.
+  const String* find(std::uint64_t hash) const {
+    if (hash == 0) return nullptr;
+    String* const* stored = table_.find(hash);
+    return stored != nullptr ? *stored : nullptr;
+  }
   void copyEntriesFrom(const StringTable& other);
   void recycleStrings();
 
   HashTable<std::uint64_t, String*> table_;
   StringPool pool_;
   unsigned int seed_;
+  // How many registered texts hold a zero byte.
+  std::size_t textsWithZeroBytes_ = 0;
 };
 
 }  // namespace nox::utils

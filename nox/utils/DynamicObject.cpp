@@ -317,10 +317,9 @@ Node* DynamicObject::findValueNode(unsigned int start, const char* key, unsigned
   return value;
 }
 
-Node* DynamicObject::requireValueNode(unsigned int property) const {
-  Node* value = findValueNode(property);
-  NOX_ASSERT(value != nullptr, "Invalid property");
-  return value;
+Node* DynamicObject::reportInvalidProperty() {
+  NOX_FAIL("Invalid property");
+  return nullptr;
 }
 
 Node* DynamicObject::findOrInsertSplitNode(unsigned int* link, char byte) {
@@ -527,11 +526,6 @@ unsigned int DynamicObject::getPropertyAsserts(const char* path, unsigned int le
 // ---------------------------------------------------------------------------------------
 // Types and values.
 
-type::Type DynamicObject::getType(unsigned int property) const {
-  const Node* value = requireValueNode(property);
-  return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
-}
-
 bool DynamicObject::isTypeCompatible(unsigned int property, type::Type requested) const {
   const Node* value = findValueNode(property);
   const std::uint32_t type = value != nullptr ? value->value.type : std::uint32_t{type::null};
@@ -557,19 +551,15 @@ void reportWrongType(std::uint32_t storedType, const char* message) {
 
 }  // namespace
 
-std::int64_t DynamicObject::getInt(unsigned int property) const {
-  const Node* value = requireValueNode(property);
+std::int64_t DynamicObject::convertToInt(const Node* value) {
   if (value == nullptr) return 0;
-  if (value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
   if (value->value.type == type::real) return details::truncateToInt64(value->getRealPayload());
   reportWrongType(value->value.type, "Not an integer or a compatible type");
   return 0;
 }
 
-double DynamicObject::getReal(unsigned int property) const {
-  const Node* value = requireValueNode(property);
+double DynamicObject::convertToReal(const Node* value) {
   if (value == nullptr) return 0.0;
-  if (value->value.type == type::real) return value->getRealPayload();
   if (value->value.type == type::integer) return static_cast<double>(static_cast<std::int64_t>(value->getPayload()));
   reportWrongType(value->value.type, "Not a real or a compatible type");
   return 0.0;
@@ -592,12 +582,8 @@ std::uint64_t DynamicObject::getStringHash(unsigned int property) const {
   return 0;
 }
 
-const char* DynamicObject::getString(unsigned int property) const {
-  const Node* value = requireValueNode(property);
+const char* DynamicObject::reportNotString(const Node* value) {
   if (value == nullptr) return nullptr;
-  // A string property always reads as a text: the empty text under seed 0 hashes to 0,
-  // which the table keeps no entry for.
-  if (value->value.type == type::string) return stringTable_->retrieve(value->getPayload(), "");
   reportWrongType(value->value.type, "Not a string or a compatible type");
   return nullptr;
 }

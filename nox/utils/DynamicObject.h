@@ -24,6 +24,7 @@
 #include <nox/utils/Containers.h>
 #include <nox/utils/DynamicValue.h>
 #include <nox/utils/Export.h>
+#include <nox/utils/StringTable.h>
 #include <nox/utils/Type.h>
 #include <nox/utils/details/DynamicObjectNode.h>
 #include <nox/utils/details/TextLength.h>
@@ -36,7 +37,6 @@ namespace nox::utils {
 
 class AbstractObjectBuilder;
 class DynamicObjectIterator;
-class StringTable;
 class TypeManager;
 class Uuid;
 
@@ -107,7 +107,12 @@ class NOX_UTILS_API DynamicObject {
 
   // ---- Types.
 
-  type::Type getType(unsigned int property) const;
+  // The getters by handle are inline: walks over an object read every property through
+  // them, and their common case is one node visit.
+  type::Type getType(unsigned int property) const {
+    const Node* value = requireValueNode(property);
+    return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
+  }
   type::Type getType(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getType(property); });
   }
@@ -133,12 +138,20 @@ class NOX_UTILS_API DynamicObject {
   // ---- Values. Getters convert between integer and real only; setters retype the
   // property, dropping the descendants of an array or object first.
 
-  std::int64_t getInt(unsigned int property) const;
+  std::int64_t getInt(unsigned int property) const {
+    const Node* value = requireValueNode(property);
+    if (value != nullptr && value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
+    return convertToInt(value);
+  }
   std::int64_t getInt(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getInt(property); });
   }
   std::int64_t getInt(const char* path) const { return getInt(path, textLength(path)); }
-  double getReal(unsigned int property) const;
+  double getReal(unsigned int property) const {
+    const Node* value = requireValueNode(property);
+    if (value != nullptr && value->value.type == type::real) return value->getRealPayload();
+    return convertToReal(value);
+  }
   double getReal(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getReal(property); });
   }
@@ -154,7 +167,13 @@ class NOX_UTILS_API DynamicObject {
     return atPath(path, length, [this](unsigned int property) { return getStringHash(property); });
   }
   std::uint64_t getStringHash(const char* path) const { return getStringHash(path, textLength(path)); }
-  const char* getString(unsigned int property) const;
+  const char* getString(unsigned int property) const {
+    const Node* value = requireValueNode(property);
+    // A string property always reads as a text: the empty text under seed 0 hashes to 0,
+    // which the table keeps no entry for.
+    if (value != nullptr && value->value.type == type::string) return stringTable_->retrieve(value->getPayload(), "");
+    return reportNotString(value);
+  }
   const char* getString(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getString(property); });
   }
@@ -448,7 +467,15 @@ class NOX_UTILS_API DynamicObject {
   Node* findValueNode(unsigned int start, const char* key, unsigned int length, unsigned int& terminator,
                       unsigned int& valueHandle) const;
   // The value node of a valid property; "Invalid property" and null otherwise.
-  Node* requireValueNode(unsigned int property) const;
+  Node* requireValueNode(unsigned int property) const {
+    Node* value = findValueNode(property);
+    return value != nullptr ? value : reportInvalidProperty();
+  }
+  static Node* reportInvalidProperty();
+  // The getters' conversions and failures, out of line (`value` may be null, already reported).
+  static std::int64_t convertToInt(const Node* value);
+  static double convertToReal(const Node* value);
+  static const char* reportNotString(const Node* value);
 
   Node* addProperty(unsigned int start, const char* key, unsigned int length, bool& created, unsigned int& terminator,
                     unsigned int& valueHandle);

@@ -97,3 +97,49 @@ TEST(DynamicObjectIterator, SteppingPastTheEndIsAnAssertionFailure) {
   EXPECT_EQ(recorder.assertions().back().file, "nox/utils/DynamicObjectIterator");
   EXPECT_TRUE(it.end());
 }
+
+// The iterator's own getters read the value it stands on: they must answer what the
+// object's getters answer for the same handle, conversions and failures included.
+TEST(DynamicObjectIterator, ReadsTheCurrentValueAsTheObjectDoes) {
+  namespace type = nox::utils::type;
+  DynamicObject object = makeSample();
+  object.setReal(object.addChild("a", "r"), 2.75);
+  object.setBool(object.addChild("a", "t"), true);
+  object.setBool(object.addChild("a", "f"), false);
+  object.setString(object.addChild("a", "s"), "text");
+  int read = 0;
+  for (DynamicObjectIterator it(object, 0); !it.next().end(); ++read) {
+    const unsigned int property = it.getProperty();
+    const std::string key(it.getKey(), it.getKeyLength());
+    ASSERT_EQ(it.getType(), object.getType(property)) << key;
+    switch (it.getType()) {
+      case type::integer:
+      case type::real:
+        EXPECT_EQ(it.getInt(), object.getInt(property)) << key;
+        EXPECT_EQ(it.getReal(), object.getReal(property)) << key;
+        break;
+      case type::boolean:
+        EXPECT_EQ(it.getBool(), object.getBool(property)) << key;
+        break;
+      case type::string:
+        EXPECT_STREQ(it.getString(), object.getString(property)) << key;
+        break;
+      default:
+        break;
+    }
+  }
+  EXPECT_EQ(read, 12);
+
+  nox::test::AssertionRecorder recorder;
+  DynamicObjectIterator it(object, object.getProperty("a"));
+  it.next();  // a.b, an integer
+  EXPECT_EQ(it.getString(), nullptr);
+  EXPECT_FALSE(it.getBool());
+  EXPECT_EQ(recorder.messages(),
+            (std::vector<std::string>{"Not a string or a compatible type", "Not a boolean or a compatible type"}));
+  while (!it.end()) it.next();
+  recorder.clear();
+  EXPECT_EQ(it.getType(), nox::utils::type::null);
+  EXPECT_EQ(it.getInt(), 0);
+  EXPECT_EQ(recorder.messages(), (std::vector<std::string>{"Invalid property", "Invalid property"}));
+}

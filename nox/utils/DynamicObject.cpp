@@ -565,11 +565,8 @@ double DynamicObject::convertToReal(const Node* value) {
   return 0.0;
 }
 
-bool DynamicObject::getBool(unsigned int property) const {
-  const Node* value = requireValueNode(property);
+bool DynamicObject::reportNotBool(const Node* value) {
   if (value == nullptr) return false;
-  // Booleans are stored inverted: a zeroed payload reads as true.
-  if (value->value.type == type::boolean) return value->getPayload() == 0;
   reportWrongType(value->value.type, "Not a boolean or a compatible type");
   return false;
 }

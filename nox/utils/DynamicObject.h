@@ -156,7 +156,12 @@ class NOX_UTILS_API DynamicObject {
     return atPath(path, length, [this](unsigned int property) { return getReal(property); });
   }
   double getReal(const char* path) const { return getReal(path, textLength(path)); }
-  bool getBool(unsigned int property) const;
+  bool getBool(unsigned int property) const {
+    const Node* value = requireValueNode(property);
+    // Booleans are stored inverted: a zeroed payload reads as true.
+    if (value != nullptr && value->value.type == type::boolean) return value->getPayload() == 0;
+    return reportNotBool(value);
+  }
   bool getBool(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getBool(property); });
   }
@@ -476,6 +481,7 @@ class NOX_UTILS_API DynamicObject {
   static std::int64_t convertToInt(const Node* value);
   static double convertToReal(const Node* value);
   static const char* reportNotString(const Node* value);
+  static bool reportNotBool(const Node* value);
 
   Node* addProperty(unsigned int start, const char* key, unsigned int length, bool& created, unsigned int& terminator,
                     unsigned int& valueHandle);

@@ -26,6 +26,7 @@ void DynamicObjectIterator::initializeTraversal(unsigned int start) {
   object_.findValueNode(start != 0 ? start : object_.getRoot(), "", 0, start_, startValue_);
   startIsRoot_ = start_ == object_.getRoot();
   current_ = start_;
+  value_ = object_.getNode(startValue_);
 }
 
 DynamicObjectIterator& DynamicObjectIterator::next() {
@@ -38,6 +39,7 @@ DynamicObjectIterator& DynamicObjectIterator::next() {
   const unsigned int handle = stack_.empty() ? start_ : climb();
   if (handle == 0) {
     current_ = 0;
+    value_ = nullptr;
     return *this;
   }
   descend(handle);
@@ -56,6 +58,7 @@ void DynamicObjectIterator::descend(unsigned int handle) {
         break;
       }
       current_ = stack_.back().handle;
+      value_ = node;
       return;
     }
     if (node->split.less != 0) {
@@ -71,6 +74,7 @@ void DynamicObjectIterator::descend(unsigned int handle) {
     }
   }
   current_ = 0;
+  value_ = nullptr;
 }
 
 unsigned int DynamicObjectIterator::climb() {

@@ -38,6 +38,35 @@ class NOX_UTILS_API DynamicObjectIterator {
 
   const DynamicObject& getDynamicObject() const { return object_; }
 
+  // The current property's value, as the object's getters by handle read it (the same
+  // conversions and failures), without resolving the handle again.
+  type::Type getType() const {
+    const Node* value = currentValue();
+    return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
+  }
+  std::int64_t getInt() const {
+    const Node* value = currentValue();
+    if (value != nullptr && value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
+    return DynamicObject::convertToInt(value);
+  }
+  double getReal() const {
+    const Node* value = currentValue();
+    if (value != nullptr && value->value.type == type::real) return value->getRealPayload();
+    return DynamicObject::convertToReal(value);
+  }
+  bool getBool() const {
+    const Node* value = currentValue();
+    if (value != nullptr && value->value.type == type::boolean) return value->getPayload() == 0;
+    return DynamicObject::reportNotBool(value);
+  }
+  const char* getString() const {
+    const Node* value = currentValue();
+    if (value != nullptr && value->value.type == type::string) {
+      return object_.getStringTable().retrieve(value->getPayload(), "");
+    }
+    return DynamicObject::reportNotString(value);
+  }
+
  private:
   using Node = details::DynamicObjectNode;
 
@@ -67,6 +96,7 @@ class NOX_UTILS_API DynamicObjectIterator {
   }
   // Out of line, to keep the walk's own code small.
   static void reportFailure(const char* message);
+  const Node* currentValue() const { return value_ != nullptr ? value_ : DynamicObject::reportInvalidProperty(); }
   // Keys below the root start with the full stop of their first name, which is not shown.
   unsigned int keyOffset() const { return key_[0] == '.' ? 1 : 0; }
 
@@ -80,6 +110,8 @@ class NOX_UTILS_API DynamicObjectIterator {
   unsigned int startValue_ = 0;
   bool startIsRoot_ = true;
   unsigned int current_ = 0;
+  // The value node of the current property, null at the end.
+  const Node* value_ = nullptr;
   unsigned int maxDepth_;
   unsigned int depth_ = 0;
 };

@@ -164,7 +164,7 @@ TEST_F(JsonWriter, WritesRealsAsTheShortestTextThatReadsBack) {
 // the largest array a dynamic object holds.
 TEST(JsonRealRoundTrip, ReadsBackEveryWrittenDoubleBitForBit) {
 #if defined(__SANITIZE_ADDRESS__)
-  const int total = 100000;  // a tenth under the sanitizers, where a million takes minutes
+  const int total = 100000;  // a tenth under the sanitizers, which run every test ten times slower
 #else
   const int total = 1000000;
 #endif

@@ -109,10 +109,7 @@ class NOX_UTILS_API DynamicObject {
 
   // The getters by handle are inline: walks over an object read every property through
   // them, and their common case is one node visit.
-  type::Type getType(unsigned int property) const {
-    const Node* value = requireValueNode(property);
-    return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
-  }
+  type::Type getType(unsigned int property) const { return readType(requireValueNode(property)); }
   type::Type getType(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getType(property); });
   }
@@ -138,30 +135,17 @@ class NOX_UTILS_API DynamicObject {
   // ---- Values. Getters convert between integer and real only; setters retype the
   // property, dropping the descendants of an array or object first.
 
-  std::int64_t getInt(unsigned int property) const {
-    const Node* value = requireValueNode(property);
-    if (value != nullptr && value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
-    return convertToInt(value);
-  }
+  std::int64_t getInt(unsigned int property) const { return readInt(requireValueNode(property)); }
   std::int64_t getInt(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getInt(property); });
   }
   std::int64_t getInt(const char* path) const { return getInt(path, textLength(path)); }
-  double getReal(unsigned int property) const {
-    const Node* value = requireValueNode(property);
-    if (value != nullptr && value->value.type == type::real) return value->getRealPayload();
-    return convertToReal(value);
-  }
+  double getReal(unsigned int property) const { return readReal(requireValueNode(property)); }
   double getReal(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getReal(property); });
   }
   double getReal(const char* path) const { return getReal(path, textLength(path)); }
-  bool getBool(unsigned int property) const {
-    const Node* value = requireValueNode(property);
-    // Booleans are stored inverted: a zeroed payload reads as true.
-    if (value != nullptr && value->value.type == type::boolean) return value->getPayload() == 0;
-    return reportNotBool(value);
-  }
+  bool getBool(unsigned int property) const { return readBool(requireValueNode(property)); }
   bool getBool(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getBool(property); });
   }
@@ -172,13 +156,7 @@ class NOX_UTILS_API DynamicObject {
     return atPath(path, length, [this](unsigned int property) { return getStringHash(property); });
   }
   std::uint64_t getStringHash(const char* path) const { return getStringHash(path, textLength(path)); }
-  const char* getString(unsigned int property) const {
-    const Node* value = requireValueNode(property);
-    // A string property always reads as a text: the empty text under seed 0 hashes to 0,
-    // which the table keeps no entry for.
-    if (value != nullptr && value->value.type == type::string) return stringTable_->retrieve(value->getPayload(), "");
-    return reportNotString(value);
-  }
+  const char* getString(unsigned int property) const { return readString(requireValueNode(property)); }
   const char* getString(const char* path, unsigned int length) const {
     return atPath(path, length, [this](unsigned int property) { return getString(property); });
   }
@@ -477,7 +455,30 @@ class NOX_UTILS_API DynamicObject {
     return value != nullptr ? value : reportInvalidProperty();
   }
   static Node* reportInvalidProperty();
-  // The getters' conversions and failures, out of line (`value` may be null, already reported).
+  // The getters on a value node (null when the property was invalid, already reported):
+  // the common case inline, conversions and failures out of line.
+  static type::Type readType(const Node* value) {
+    return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
+  }
+  static std::int64_t readInt(const Node* value) {
+    if (value != nullptr && value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
+    return convertToInt(value);
+  }
+  static double readReal(const Node* value) {
+    if (value != nullptr && value->value.type == type::real) return value->getRealPayload();
+    return convertToReal(value);
+  }
+  static bool readBool(const Node* value) {
+    // Booleans are stored inverted: a zeroed payload reads as true.
+    if (value != nullptr && value->value.type == type::boolean) return value->getPayload() == 0;
+    return reportNotBool(value);
+  }
+  const char* readString(const Node* value) const {
+    // A string property always reads as a text: the empty text under seed 0 hashes to 0,
+    // which the table keeps no entry for.
+    if (value != nullptr && value->value.type == type::string) return stringTable_->retrieve(value->getPayload(), "");
+    return reportNotString(value);
+  }
   static std::int64_t convertToInt(const Node* value);
   static double convertToReal(const Node* value);
   static const char* reportNotString(const Node* value);

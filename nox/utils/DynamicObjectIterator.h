@@ -40,32 +40,11 @@ class NOX_UTILS_API DynamicObjectIterator {
 
   // The current property's value, as the object's getters by handle read it (the same
   // conversions and failures), without resolving the handle again.
-  type::Type getType() const {
-    const Node* value = currentValue();
-    return value != nullptr ? static_cast<type::Type>(value->value.type) : type::null;
-  }
-  std::int64_t getInt() const {
-    const Node* value = currentValue();
-    if (value != nullptr && value->value.type == type::integer) return static_cast<std::int64_t>(value->getPayload());
-    return DynamicObject::convertToInt(value);
-  }
-  double getReal() const {
-    const Node* value = currentValue();
-    if (value != nullptr && value->value.type == type::real) return value->getRealPayload();
-    return DynamicObject::convertToReal(value);
-  }
-  bool getBool() const {
-    const Node* value = currentValue();
-    if (value != nullptr && value->value.type == type::boolean) return value->getPayload() == 0;
-    return DynamicObject::reportNotBool(value);
-  }
-  const char* getString() const {
-    const Node* value = currentValue();
-    if (value != nullptr && value->value.type == type::string) {
-      return object_.getStringTable().retrieve(value->getPayload(), "");
-    }
-    return DynamicObject::reportNotString(value);
-  }
+  type::Type getType() const { return DynamicObject::readType(currentValue()); }
+  std::int64_t getInt() const { return DynamicObject::readInt(currentValue()); }
+  double getReal() const { return DynamicObject::readReal(currentValue()); }
+  bool getBool() const { return DynamicObject::readBool(currentValue()); }
+  const char* getString() const { return object_.readString(currentValue()); }
 
  private:
   using Node = details::DynamicObjectNode;

@@ -35,7 +35,9 @@ class NOX_UTILS_API JsonObjectBuilder : public AbstractObjectBuilder {
   void setLogger(AbstractLogger* logger) override;
 
   // A build runs from begin() to end(); the builder may then start another text on the
-  // same stream. end() does not check that every container was closed.
+  // same stream. end() does not check that every container was closed; it writes the
+  // text still gathered and succeeds whenever a build was under way (a stream that
+  // refuses that text reports it).
   bool begin() override;
   bool end() override;
 

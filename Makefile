@@ -65,7 +65,7 @@ dap-test: deps
 		NOX_DAP_TRANSCRIPT=$(abspath $(DAP_BUILD))/dap-transcript.log timeout 600 node --test
 
 # Suites whose tests run several threads against each other.
-THREADED_TESTS := ^(Threading|DebuggerThreaded|HttpServer|HttpOptions|HttpRobustness|HttpRequestHandler|Inspection)
+THREADED_TESTS := ^(Threading|FrameworkMutex|DebuggerThreaded|HttpServer|HttpOptions|HttpRobustness|HttpRequestHandler|Inspection)
 
 ci-tsan:
 	cmake -S . -B $(BUILD)/ci-tsan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O1 \

@@ -1,7 +1,6 @@
 // Execution control against a real engine thread: the test thread issues commands while
 // engines push and pop contexts in a loop. Every wait is on a state, bounded in time.
 #include <nox/utils/AbstractObjectBuilder.h>
-#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/StringTable.h>
 #include <nox/utils/Thread.h>
 #include <nox/utils/Uri.h>
@@ -13,6 +12,7 @@
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/EntitiesFilter.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 #include <nox/utils/debugger/HitCountFilter.h>
 #include <nox/utils/debugger/LocationFilter.h>
 #include <nox/utils/debugger/MainContext.h>
@@ -287,7 +287,7 @@ TEST_F(DebuggerThreadedTest, ResumeWhileRunningIsRefusedButClearsStopConditions)
   EXPECT_FALSE(debugger.resume());
   EXPECT_FALSE(debugger.stepIn());
   {
-    nox::utils::ScopedMutex lock(framework.getMutex());
+    nox::utils::debugger::FrameworkMutex::ScopedLocker lock(framework.getMutex());
     EXPECT_FALSE(framework.getSteppingState().hasStopCondition());
   }
   EXPECT_TRUE(runsFreely(engine));
@@ -321,7 +321,7 @@ TEST_F(DebuggerThreadedTest, BreakpointsStopTheEngineAndQueueEvents) {
 
   EXPECT_EQ(awaitStop(), "3 test:g");
   {
-    nox::utils::ScopedMutex lock(framework.getMutex());
+    nox::utils::debugger::FrameworkMutex::ScopedLocker lock(framework.getMutex());
     auto* request = static_cast<BreakpointRequest*>(registry.findRequest(breakpoint));
     ASSERT_NE(request, nullptr);
     EXPECT_EQ(static_cast<const HitCountFilter*>(request->getFilters()[2])->getHits(), 3);

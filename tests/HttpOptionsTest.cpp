@@ -4,7 +4,7 @@
 #include "support/InspectionHost.h"
 #include "support/RawConnection.h"
 
-#include <nox/utils/ScopedMutex.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -60,7 +60,7 @@ TEST(HttpOptionsTest, RefusesOptionsItCannotServeWith) {
 
 bool suspendRequested(InspectionHost& host) {
   auto& framework = host.framework().getImplementation();
-  nox::utils::ScopedMutex lock(framework.getMutex());
+  nox::utils::debugger::FrameworkMutex::ScopedLocker lock(framework.getMutex());
   return framework.getSteppingState().hasStopCondition();
 }
 

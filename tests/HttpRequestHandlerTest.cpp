@@ -3,7 +3,7 @@
 // the refusals that come before any resource is reached.
 #include "support/InspectionHost.h"
 
-#include <nox/utils/ScopedMutex.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 #include <nox/utils/debugger/impl/HttpRequest.h>
 #include <nox/utils/debugger/impl/HttpRequestHandler.h>
 
@@ -66,7 +66,7 @@ class HttpRequestHandlerTest : public testing::Test {
 
   bool suspendRequested() {
     auto& framework = host.framework().getImplementation();
-    nox::utils::ScopedMutex lock(framework.getMutex());
+    nox::utils::debugger::FrameworkMutex::ScopedLocker lock(framework.getMutex());
     const bool requested = framework.getSteppingState().hasStopCondition();
     framework.getSteppingState().reset();
     return requested;

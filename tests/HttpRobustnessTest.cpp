@@ -14,7 +14,7 @@
 #include "support/InspectionHost.h"
 #include "support/RawConnection.h"
 
-#include <nox/utils/ScopedMutex.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -180,7 +180,7 @@ TEST(HttpRobustnessTest, TwoThousandMixedRequestsLeaveTheServerAndEngineHealthy)
 // Whether a command left a mark: a stop condition set, or the engine stopped.
 bool anyCommandRan(InspectionHost& host) {
   auto& framework = host.framework().getImplementation();
-  nox::utils::ScopedMutex lock(framework.getMutex());
+  nox::utils::debugger::FrameworkMutex::ScopedLocker lock(framework.getMutex());
   return framework.getSteppingState().hasStopCondition() || framework.getDebugger().isSuspended();
 }
 

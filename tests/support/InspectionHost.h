@@ -10,7 +10,6 @@
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/AbstractObjectBuilder.h>
 #include <nox/utils/Facilities.h>
-#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/Uri.h>
 #include <nox/utils/debugger/AbstractContext.h>
 #include <nox/utils/debugger/AbstractContextFactory.h>
@@ -19,6 +18,7 @@
 #include <nox/utils/debugger/AbstractEventRequest.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 #include <nox/utils/debugger/InspectionFramework.h>
 #include <nox/utils/debugger/impl/InspectionFrameworkImpl.h>
 
@@ -129,7 +129,7 @@ class SuspensionWaiter : public debugger::AbstractEventListener {
     lock.unlock();
     // A stop is announced under the framework mutex, before the engine thread takes the
     // execution controls, which it holds until it blocks.
-    { nox::utils::ScopedMutex announced(framework_.getImplementation().getMutex()); }
+    { nox::utils::debugger::FrameworkMutex::ScopedLocker announced(framework_.getImplementation().getMutex()); }
     debugger::ExecutionController& controller = framework_.getDebugger().getExecutionController();
     debugger::ExecutionController::ScopedControlLocker controls(controller);
     return controller.isSuspended();

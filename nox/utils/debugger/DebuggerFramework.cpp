@@ -4,12 +4,12 @@
 #include <nox/utils/Assertion.h>
 #include <nox/utils/DynamicObject.h>
 #include <nox/utils/PathCursor.h>
-#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/Uri.h>
 #include <nox/utils/debugger/AbstractContext.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/Entity.h>
 #include <nox/utils/debugger/EntityStacks.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 #include <nox/utils/debugger/impl/Replies.h>
 
 #include <limits>
@@ -43,7 +43,7 @@ AbstractContext* DebuggerFramework::getContext(unsigned int entity, unsigned int
 bool DebuggerFramework::isSuspended() const { return controller_.isSuspended(); }
 
 unsigned int DebuggerFramework::getSuspendedEntity() const {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   return controller_.isSuspended() ? stacks_.getSteppingState().suspendedEntity : invalidEntity;
 }
 
@@ -59,7 +59,7 @@ bool DebuggerFramework::isSuspendedSettled() {
 }
 
 bool DebuggerFramework::suspend() {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   if (isSuspendedSettled()) return false;
   EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
@@ -68,7 +68,7 @@ bool DebuggerFramework::suspend() {
 }
 
 bool DebuggerFramework::suspendEntity(unsigned int entity) {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   if (isSuspendedSettled() || entity == invalidEntity || !stacks_.isEntityRegistered(entity)) return false;
   EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
@@ -77,7 +77,7 @@ bool DebuggerFramework::suspendEntity(unsigned int entity) {
 }
 
 bool DebuggerFramework::resume() {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   const bool wasSuspended = isSuspendedSettled();
   stacks_.getSteppingState().reset();
   controller_.resume();
@@ -86,7 +86,7 @@ bool DebuggerFramework::resume() {
 
 template <class SetConditions>
 bool DebuggerFramework::resumeStepping(SetConditions setConditions) {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   if (!isSuspendedSettled()) return false;
   EntityStacks::SteppingState& stepping = stacks_.getSteppingState();
   stepping.reset();
@@ -122,7 +122,7 @@ bool DebuggerFramework::stepOut() {
 }
 
 void DebuggerFramework::doDisable(bool& enabled) {
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   // The flag first: the engine thread, once woken, must not meet a stop again.
   AbstractEngine::doDisable(enabled);
   resume();
@@ -145,7 +145,7 @@ resources::Status DebuggerFramework::retrieveResource(const char* path, unsigned
                                                       AbstractObjectBuilder& builder) {
   // Resource calls arrive under the framework mutex; taking it again keeps direct
   // callers consistent too (the stacks must not move while they are written).
-  ScopedMutex lock(stacks_.getMutex());
+  FrameworkMutex::ScopedLocker lock(stacks_.getMutex());
   PathCursor cursor(path, length);
   if (!cursor.next()) {
     return reply(builder, [](AbstractObjectBuilder& out) {

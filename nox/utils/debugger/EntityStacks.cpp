@@ -2,8 +2,6 @@
 
 #include <nox/utils/AbstractLogger.h>
 #include <nox/utils/Assertion.h>
-#include <nox/utils/Mutex.h>
-#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/StringTable.h>
 #include <nox/utils/debugger/AbstractContext.h>
 #include <nox/utils/debugger/AbstractContextFactory.h>
@@ -27,13 +25,13 @@ void EntityStacks::SteppingState::reset() {
   targetEntity = invalidEntity;
 }
 
-EntityStacks::EntityStacks(Mutex& frameworkMutex, RequestRegistry& registry, const StringTable& strings)
+EntityStacks::EntityStacks(FrameworkMutex& frameworkMutex, RequestRegistry& registry, const StringTable& strings)
     : mutex_(frameworkMutex), registry_(registry), strings_(strings) {}
 
 // ---- Entities.
 
 void EntityStacks::registerEntities(const unsigned int* entities, unsigned int count) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   for (unsigned int i = 0; i < count; ++i) {
     const unsigned int entity = entities[i];
     if (entity == invalidEntity) {
@@ -48,7 +46,7 @@ void EntityStacks::registerEntities(const unsigned int* entities, unsigned int c
 }
 
 void EntityStacks::unregisterEntities(const unsigned int* entities, unsigned int count) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   for (unsigned int i = 0; i < count; ++i) {
     const unsigned int entity = entities[i];
     auto found = stacks_.find(entity);
@@ -67,17 +65,17 @@ void EntityStacks::unregisterEntities(const unsigned int* entities, unsigned int
 }
 
 unsigned int EntityStacks::countEntities() const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   return static_cast<unsigned int>(entities_.size());
 }
 
 Vector<unsigned int> EntityStacks::getEntities() const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   return entities_;
 }
 
 bool EntityStacks::isEntityRegistered(unsigned int entity) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   return findStack(entity) != nullptr;
 }
 
@@ -91,23 +89,59 @@ EntityStacks::Stack* EntityStacks::lookUpStack(unsigned int entity) {
   return cachedStack_;
 }
 
+// Broken contracts of a push or pop, kept out of line: the engine's every step pays for
+// the frame of the function it runs, not for the message it never builds.
+[[gnu::cold, gnu::noinline]] static void failUnregisteredPush(unsigned int entity) {
+  NOX_FAIL("Entity '" << entity << "' is not registered on the debugger.");
+}
+[[gnu::cold, gnu::noinline]] static void failNoContextMade(unsigned int entity) {
+  NOX_FAIL("The context factory of entity '" << entity << "' made no context.");
+}
+[[gnu::cold, gnu::noinline]] static void failEmptyPop(unsigned int entity) {
+  NOX_FAIL("Cannot pop context on a empty stack frames for entity '" << entity << "'.");
+}
+
 const EntityStacks::Stack* EntityStacks::findStack(unsigned int entity) const {
   auto found = stacks_.find(entity);
   return found != stacks_.end() ? &found->second : nullptr;
 }
 
+// Holds the framework for one push or pop: alone when nobody else is in it and no stop
+// condition is set, locked otherwise. Alone is as exclusive as locked: a stop condition
+// that the context factory itself sets meanwhile is still decided on safely.
+class EntityStacks::StepEntry {
+ public:
+  StepEntry(FrameworkMutex& mutex, const SteppingState& stepping) : mutex_(mutex), alone_(mutex.tryLockAlone()) {
+    if (alone_ && stepping.hasStopCondition()) {
+      mutex_.unlockAlone();
+      alone_ = false;
+    }
+    if (alone_) return;
+    mutex_.lock();
+    mutex_.noteLockedStep();
+  }
+  ~StepEntry() { alone_ ? mutex_.unlockAlone() : mutex_.unlock(); }
+
+  StepEntry(const StepEntry&) = delete;
+  StepEntry& operator=(const StepEntry&) = delete;
+
+ private:
+  FrameworkMutex& mutex_;
+  bool alone_;
+};
+
 void EntityStacks::pushContext(AbstractEngine& engine, unsigned int entity, AbstractContextFactory& factory) {
   bool stop = false;
   {
-    ScopedMutex lock(mutex_);
+    StepEntry entry(mutex_, stepping_);
     Stack* stack = findStack(entity);
     if (stack == nullptr) {
-      NOX_FAIL("Entity '" << entity << "' is not registered on the debugger.");
+      failUnregisteredPush(entity);
       return;
     }
     AbstractContext* context = factory.createContext();
     if (context == nullptr) {
-      NOX_FAIL("The context factory of entity '" << entity << "' made no context.");
+      failNoContextMade(entity);
       return;
     }
     stack->emplace_back(context, &engine);
@@ -120,13 +154,13 @@ AbstractContext* EntityStacks::popContext(AbstractEngine& engine, unsigned int e
   AbstractContext* popped = nullptr;
   bool stop = false;
   {
-    ScopedMutex lock(mutex_);
+    StepEntry entry(mutex_, stepping_);
     Stack* stack = findStack(entity);
     if (stack == nullptr || stack->empty() || stack->back().engine != &engine) {
       // An invalidated engine unwinds frames the debugger already dropped.
       if (isInvalidated(engine)) return nullptr;
       if (stack == nullptr || stack->empty()) {
-        NOX_FAIL("Cannot pop context on a empty stack frames for entity '" << entity << "'.");
+        failEmptyPop(entity);
         return nullptr;
       }
     }
@@ -146,7 +180,7 @@ AbstractContext* EntityStacks::popContext(AbstractEngine& engine, unsigned int e
 }
 
 AbstractContext* EntityStacks::topContext(unsigned int entity, AbstractLogger* logger) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const Stack* stack = findStack(entity);
   if (stack == nullptr || stack->empty()) {
     NOX_LOG_ERROR(logger, error::invalidArgument, "There is no context for entity '" << entity << "'.");
@@ -156,7 +190,7 @@ AbstractContext* EntityStacks::topContext(unsigned int entity, AbstractLogger* l
 }
 
 AbstractContext* EntityStacks::getContext(unsigned int entity, unsigned int index, AbstractLogger* logger) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const Stack* stack = findStack(entity);
   if (stack == nullptr || stack->empty()) {
     NOX_LOG_ERROR(logger, error::invalidArgument, "There is no context for entity '" << entity << "'.");
@@ -170,20 +204,20 @@ AbstractContext* EntityStacks::getContext(unsigned int entity, unsigned int inde
 }
 
 unsigned int EntityStacks::countContexts(unsigned int entity) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const Stack* stack = findStack(entity);
   return stack != nullptr ? static_cast<unsigned int>(stack->size()) : 0;
 }
 
 void EntityStacks::visitContexts(unsigned int entity, AbstractContextVisitor& visitor) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const Stack* stack = findStack(entity);
   if (stack == nullptr) return;
   for (const Frame& frame : *stack) visitor.visit(*frame.context);
 }
 
 void EntityStacks::invalidateContexts(AbstractEngine& engine) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   for (auto& entry : stacks_) {
     Stack& stack = entry.second;
     for (const Frame& frame : stack) {
@@ -197,17 +231,17 @@ void EntityStacks::invalidateContexts(AbstractEngine& engine) {
 }
 
 void EntityStacks::forgetInvalidation(std::uint64_t pathHash) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   invalidatedEngines_.erase(pathHash);
 }
 
 bool EntityStacks::hasContextsLeft() const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   return std::any_of(stacks_.begin(), stacks_.end(), [](const auto& entry) { return !entry.second.empty(); });
 }
 
 void EntityStacks::acceptRequests(AbstractEventRequestVisitor& visitor) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   registry_.accept(visitor);
 }
 

@@ -4,7 +4,12 @@
 // class; the inspection framework owns it beside its engine table and request registry.
 //
 // Locking: every member runs under the framework mutex given at construction (recursive,
-// shared with the rest of the framework). Lock order: framework mutex, then the request
+// shared with the rest of the framework), with one exception: a push or pop from the
+// step thread enters the mutex alone (see FrameworkMutex), without locking it, when no
+// other thread is in the framework and no stop condition is set. That is the engine's
+// every step while nobody debugs, and the step check then has nothing to decide;
+// whenever a stop condition is set, the push or pop locks, and the order below holds.
+// Lock order: framework mutex, then the request
 // registry's, then a listener's own; and framework mutex, then the execution controls,
 // then the controller's state. The framework mutex is never held while an engine thread
 // is suspended: a push or pop that must stop takes the execution controls under the
@@ -15,11 +20,11 @@
 #include <nox/utils/Export.h>
 #include <nox/utils/debugger/Entity.h>
 #include <nox/utils/debugger/ExecutionController.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 
 #include <cstdint>
 
 namespace nox::utils {
-class Mutex;
 class StringTable;
 }  // namespace nox::utils
 
@@ -56,12 +61,12 @@ class NOX_UTILS_API EntityStacks {
 
   // Registrations are announced to `registry`'s requests, and a stop to its suspension
   // requests. Engine paths hash with `strings`' seed. All three must outlive the stacks.
-  EntityStacks(Mutex& frameworkMutex, RequestRegistry& registry, const StringTable& strings);
+  EntityStacks(FrameworkMutex& frameworkMutex, RequestRegistry& registry, const StringTable& strings);
 
   EntityStacks(const EntityStacks&) = delete;
   EntityStacks& operator=(const EntityStacks&) = delete;
 
-  Mutex& getMutex() const { return mutex_; }
+  FrameworkMutex& getMutex() const { return mutex_; }
   ExecutionController& getExecutionController() { return controller_; }
   // The stop conditions; the caller holds the framework mutex.
   SteppingState& getSteppingState() { return stepping_; }
@@ -102,6 +107,7 @@ class NOX_UTILS_API EntityStacks {
     AbstractEngine* engine;
   };
   using Stack = Vector<Frame>;
+  class StepEntry;
 
   // The entity's stack, null when the entity is not registered. Engines push and pop
   // for one entity several times in a row: the last stack found spares most lookups on
@@ -120,7 +126,7 @@ class NOX_UTILS_API EntityStacks {
   void stopAfterStep();
   void forgetTarget(const AbstractContext* context);
 
-  Mutex& mutex_;
+  FrameworkMutex& mutex_;
   RequestRegistry& registry_;
   const StringTable& strings_;
   const AbstractEngine* debugger_ = nullptr;

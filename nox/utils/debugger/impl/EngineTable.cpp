@@ -1,7 +1,6 @@
 #include <nox/utils/debugger/impl/EngineTable.h>
 
 #include <nox/utils/AbstractLogger.h>
-#include <nox/utils/Mutex.h>
 #include <nox/utils/StringTable.h>
 #include <nox/utils/debugger/AbstractEngine.h>
 #include <nox/utils/details/TextLength.h>
@@ -13,7 +12,7 @@ namespace nox::utils::debugger::impl {
 
 std::uint64_t EngineTable::add(AbstractEngine& engine, AbstractLogger* logger) {
   const char* path = engine.getPath();
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const std::uint64_t hash = strings_.add(path, logger);
   if (hash == 0) {
     NOX_LOG_ERROR(logger, error::invalidArgument, "Unable to hash the given engine's path: " << path);
@@ -31,7 +30,7 @@ std::uint64_t EngineTable::add(AbstractEngine& engine, AbstractLogger* logger) {
 }
 
 AbstractEngine* EngineTable::remove(const char* path, AbstractLogger* logger, std::uint64_t& hash) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   hash = murmurHash64B(path, details::textLength(path), strings_.getSeed());
   auto found = engines_.find(hash);
   if (found == engines_.end() || std::strcmp(found->second->getPath(), path) != 0) {
@@ -47,7 +46,7 @@ AbstractEngine* EngineTable::remove(const char* path, AbstractLogger* logger, st
 
 AbstractEngine* EngineTable::find(const char* path, unsigned int length) const {
   if (path == nullptr) return nullptr;
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   auto found = engines_.find(murmurHash64B(path, length, strings_.getSeed()));
   if (found == engines_.end()) return nullptr;
   // Guards against a hash collision with an unregistered text.
@@ -66,17 +65,17 @@ AbstractEngine* EngineTable::findForCall(const char* path, AbstractLogger* logge
 }
 
 void EngineTable::enable(const char* path, AbstractLogger* logger) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   if (AbstractEngine* engine = findForCall(path, logger, "ignoring the enabling.")) engine->enable();
 }
 
 void EngineTable::disable(const char* path, AbstractLogger* logger) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   if (AbstractEngine* engine = findForCall(path, logger, "ignoring the disabling.")) engine->disable();
 }
 
 bool EngineTable::isEnabled(const char* path, AbstractLogger* logger) const {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const AbstractEngine* engine = findForCall(path, logger, "considering it disabled.");
   return engine != nullptr && engine->isEnabled();
 }

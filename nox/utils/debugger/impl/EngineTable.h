@@ -6,13 +6,12 @@
 
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
-#include <nox/utils/ScopedMutex.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 
 #include <cstdint>
 
 namespace nox::utils {
 class AbstractLogger;
-class Mutex;
 class StringTable;
 }  // namespace nox::utils
 
@@ -25,7 +24,7 @@ namespace nox::utils::debugger::impl {
 class NOX_UTILS_API EngineTable {
  public:
   // `strings` hashes the paths and must outlive the table.
-  EngineTable(Mutex& frameworkMutex, StringTable& strings) : mutex_(frameworkMutex), strings_(strings) {}
+  EngineTable(FrameworkMutex& frameworkMutex, StringTable& strings) : mutex_(frameworkMutex), strings_(strings) {}
 
   // The hash of the engine's path; 0, reported on `logger`, when the path is taken or
   // cannot be hashed.
@@ -46,7 +45,7 @@ class NOX_UTILS_API EngineTable {
   // Calls `visit(AbstractEngine&)` for each engine, in registration order.
   template <class Visit>
   void visit(Visit visit) const {
-    ScopedMutex lock(mutex_);
+    FrameworkMutex::ScopedLocker lock(mutex_);
     for (AbstractEngine* engine : registrationOrder_) visit(*engine);
   }
 
@@ -55,7 +54,7 @@ class NOX_UTILS_API EngineTable {
   // warning (no such engine) that ends with `consequence`.
   AbstractEngine* findForCall(const char* path, AbstractLogger* logger, const char* consequence) const;
 
-  Mutex& mutex_;
+  FrameworkMutex& mutex_;
   StringTable& strings_;
   Map<std::uint64_t, AbstractEngine*> engines_;
   Vector<AbstractEngine*> registrationOrder_;

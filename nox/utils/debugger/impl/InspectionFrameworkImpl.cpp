@@ -15,7 +15,6 @@ const char* const debuggerPath = "debug";
 InspectionFrameworkImpl::InspectionFrameworkImpl(StringTable& strings, AbstractLogger* logger)
     : strings_(strings),
       logger_(logger),
-      mutex_(Mutex::Recursive),
       engines_(mutex_, strings),
       stacks_(mutex_, registry_, strings),
       facade_(stacks_, debugger_, filterCreators_, logger_),
@@ -40,7 +39,7 @@ bool InspectionFrameworkImpl::registerEngine(AbstractEngine& engine, AbstractLog
     NOX_LOG_ERROR(logger, error::invalidArgument, "The given engine returns a NULL path.");
     return false;
   }
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   const std::uint64_t hash = engines_.add(engine, logger);
   if (hash == 0) return false;
   stacks_.forgetInvalidation(hash);
@@ -53,7 +52,7 @@ void InspectionFrameworkImpl::unregisterEngine(const char* path, AbstractLogger*
     NOX_LOG_ERROR(logger, error::invalidArgument, "The given path is NULL.");
     return;
   }
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   std::uint64_t hash = 0;
   AbstractEngine* engine = engines_.remove(path, logger, hash);
   if (engine == nullptr) return;
@@ -65,7 +64,7 @@ void InspectionFrameworkImpl::unregisterEngine(const char* path, AbstractLogger*
 
 template <class Call>
 resources::Status InspectionFrameworkImpl::dispatch(const char* path, unsigned int length, Call call) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   PathCursor cursor(path, length);
   if (!cursor.next()) return resources::unknown;
   AbstractEngine* engine = findEngine(cursor.segment().data(), static_cast<unsigned int>(cursor.segment().size()));
@@ -96,12 +95,12 @@ resources::Status InspectionFrameworkImpl::deleteResource(const char* path, unsi
 }
 
 bool InspectionFrameworkImpl::unsubscribe(unsigned int handle) {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   return registry_.unsubscribe(handle);
 }
 
 void InspectionFrameworkImpl::unsubscribeAll() {
-  ScopedMutex lock(mutex_);
+  FrameworkMutex::ScopedLocker lock(mutex_);
   registry_.unsubscribeAll();
 }
 

@@ -6,7 +6,10 @@
 // It dispatches resource calls to the engine named by a path's first segment.
 //
 // One recursive mutex (getMutex), shared by every unit, serialises resource calls,
-// registrations, context pushes and pops and the stepping state. Lock order, everywhere:
+// registrations, context pushes and pops and the stepping state. The engine thread's
+// push or pop with no stop condition set enters it alone instead of locking it when
+// nobody else is in (see EntityStacks and FrameworkMutex): exclusive all the same, for
+// a few plain loads and stores at every step while nobody debugs. Lock order, everywhere:
 // framework mutex, then the request registry's, then a listener's own (the event
 // framework's queue); and framework mutex, then the execution controls, then the
 // controller's state. The framework mutex is never held while an engine thread is
@@ -15,11 +18,10 @@
 
 #include <nox/utils/Containers.h>
 #include <nox/utils/Export.h>
-#include <nox/utils/Mutex.h>
-#include <nox/utils/ScopedMutex.h>
 #include <nox/utils/debugger/DebuggerFramework.h>
 #include <nox/utils/debugger/EngineDebuggerFacade.h>
 #include <nox/utils/debugger/EntityStacks.h>
+#include <nox/utils/debugger/FrameworkMutex.h>
 #include <nox/utils/debugger/RequestRegistry.h>
 #include <nox/utils/debugger/Status.h>
 #include <nox/utils/debugger/impl/EngineTable.h>
@@ -59,7 +61,7 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   // Set before engine threads run: the logger is read without locking.
   void setLogger(AbstractLogger* logger) { logger_ = logger; }
   StringTable& getStringTable() const { return strings_; }
-  Mutex& getMutex() { return mutex_; }
+  FrameworkMutex& getMutex() { return mutex_; }
   RequestRegistry& getRequestRegistry() { return registry_; }
   EngineDebuggerFacade& getFacade() { return facade_; }
   DebuggerFramework& getDebugger() { return debugger_; }
@@ -121,7 +123,7 @@ class NOX_UTILS_API InspectionFrameworkImpl {
   RequestRegistry registry_;
   StringTable& strings_;
   AbstractLogger* logger_;
-  mutable Mutex mutex_;
+  mutable FrameworkMutex mutex_;
   EngineTable engines_;
   EntityStacks stacks_;
   EventFilterCreatorFactory filterCreators_;

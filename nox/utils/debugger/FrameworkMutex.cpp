@@ -43,9 +43,12 @@ const void* FrameworkMutex::currentThreadMarker() {
 FrameworkMutex::FrameworkMutex() : asymmetricFences_(registerAsymmetricFences()) {}
 
 void FrameworkMutex::lock() {
-  // Later lockers need no barrier of their own: since the first one's, the count has
-  // not been zero, so the step thread cannot have entered alone.
-  if (lockers_.fetch_add(1) == 0 && asymmetricFences_) heavyFence();
+  const bool revoked = (lockers_.fetch_add(1) & revokedBit) != 0;
+  // The step thread knows whether it is alone itself.
+  if (asymmetricFences_ && !revoked && stepThread_.load(std::memory_order_relaxed) != currentThread()) {
+    heavyFence();
+    lockers_.fetch_or(revokedBit);
+  }
   awaitStepThreadOutside();
   if (!mutex_.lock(nullptr)) NOX_FAIL("Failed to lock mutex, see log for details.");
 }
@@ -63,11 +66,20 @@ void FrameworkMutex::awaitStepThreadOutside() const {
 }
 
 void FrameworkMutex::noteLockedStep() {
-  if (stepThread_.load(std::memory_order_relaxed) != nullptr) return;
   const void* const self = currentThread();
-  streak_ = self == streakThread_ ? streak_ + 1 : 1;
-  streakThread_ = self;
-  if (streak_ >= stepsToClaim) stepThread_.store(self, std::memory_order_relaxed);
+  const void* const stepThread = stepThread_.load(std::memory_order_relaxed);
+  if (stepThread == nullptr) {
+    streak_ = self == streakThread_ ? streak_ + 1 : 1;
+    streakThread_ = self;
+    if (streak_ < stepsToClaim) return;
+    stepThread_.store(self, std::memory_order_relaxed);
+    streak_ = 0;
+    lockers_.fetch_and(~revokedBit);  // As a restoration does.
+  } else if (stepThread == self && (lockers_.load(std::memory_order_relaxed) & revokedBit) != 0 &&
+             ++streak_ >= stepsToRestore) {
+    lockers_.fetch_and(~revokedBit);
+    streak_ = 0;
+  }
 }
 
 }  // namespace nox::utils::debugger

@@ -10,10 +10,20 @@
 // Exclusion: the step thread raises its alone flag, then looks at the count of lockers;
 // a locker counts itself, then waits until the flag is down. Each side stores, then
 // loads the other's word, which needs a full barrier between the two. The step thread
-// only stops the compiler from reordering them; the first locker to arrive forces the
-// barrier onto every running thread of the process at once (an expedited membarrier),
-// so that it is paid by the rare locker rather than at every step. Where the kernel
-// offers no such barrier, the step thread raises its flag with an exchange instead.
+// only stops the compiler from reordering them; a locker forces the barrier onto every
+// running thread of the process at once (an expedited membarrier), so that it is paid
+// by the rare locker rather than at every step. Where the kernel offers no such
+// barrier, the step thread raises its flag with an exchange instead.
+//
+// Lockers that come often (a client polling over HTTP) would each pay that barrier, a
+// system call that interrupts the other cores. So the first one *revokes* the alone
+// entrance once its barrier is done: while revoked, the step thread locks like everyone
+// else and lockers pay nothing more. The step thread restores the entrance, under the
+// lock, after stepsToRestore locked steps. The revocation is a bit of the lockers' word,
+// so that the step thread reads both in one load, and every change of that word is a
+// read-modify-write: a locker that finds the bit set skips the barrier safely, since
+// the bit is set only after a completed barrier, and the step thread, reading the
+// word, synchronises with the last change before it.
 //
 // The step thread is the first thread that takes stepsToClaim steps in a row under the
 // lock; it stays so for the mutex's lifetime (or a thread that later reuses its
@@ -46,6 +56,7 @@ class NOX_UTILS_API FrameworkMutex {
   };
 
   static constexpr unsigned int stepsToClaim = 64;
+  static constexpr unsigned int stepsToRestore = 1024;
 
   FrameworkMutex();
 
@@ -74,7 +85,7 @@ class NOX_UTILS_API FrameworkMutex {
   }
   void unlockAlone() { alone_.store(false, std::memory_order_release); }
   // Called under the lock by a step that could not enter alone: counts towards making
-  // the caller the step thread.
+  // the caller the step thread, or towards restoring a revoked alone entrance.
   void noteLockedStep();
 
  private:
@@ -93,12 +104,15 @@ class NOX_UTILS_API FrameworkMutex {
 
   Mutex mutex_{Mutex::Recursive};
   const bool asymmetricFences_;
-  // Threads holding or waiting for the mutex.
+  // Set by a locker after its barrier; cleared by the step thread under the lock.
+  static constexpr unsigned int revokedBit = 1u << 31;
+  // Threads holding or waiting for the mutex, and the revocation bit.
   std::atomic<unsigned int> lockers_{0};
   std::atomic<bool> alone_{false};
   // Written once, under the lock; null until claimed.
   std::atomic<const void*> stepThread_{nullptr};
-  // Under the lock: the thread that took the last locked steps, and how many in a row.
+  // Under the lock: the thread that took the last locked steps, and how many in a row
+  // (before the claim); then the step thread's locked steps since the revocation.
   const void* streakThread_ = nullptr;
   unsigned int streak_ = 0;
 };

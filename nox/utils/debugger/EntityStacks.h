@@ -9,11 +9,10 @@
 // other thread is in the framework and no stop condition is set. That is the engine's
 // every step while nobody debugs, and the step check then has nothing to decide;
 // whenever a stop condition is set, the push or pop locks, and the order below holds.
-// Lock order: framework mutex, then the request
-// registry's, then a listener's own; and framework mutex, then the execution controls,
-// then the controller's state. The framework mutex is never held while an engine thread
-// is suspended: a push or pop that must stop takes the execution controls under the
-// mutex, releases the mutex, and only then suspends.
+// Lock order: framework mutex, then the request registry's, then a listener's own; and
+// framework mutex, then the execution controls, then the controller's state. The framework mutex is never held while an
+// engine thread is suspended: a push or pop that must stop takes the execution controls under the mutex, releases the
+// mutex, and only then suspends.
 #pragma once
 
 #include <nox/utils/Containers.h>

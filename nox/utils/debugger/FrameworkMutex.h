@@ -37,23 +37,14 @@
 #include <nox/utils/Mutex.h>
 
 #include <atomic>
+#include <mutex>
 
 namespace nox::utils::debugger {
 
 class NOX_UTILS_API FrameworkMutex {
  public:
   // Holds the mutex for its lifetime.
-  class ScopedLocker {
-   public:
-    explicit ScopedLocker(FrameworkMutex& mutex) : mutex_(mutex) { mutex_.lock(); }
-    ~ScopedLocker() { mutex_.unlock(); }
-
-    ScopedLocker(const ScopedLocker&) = delete;
-    ScopedLocker& operator=(const ScopedLocker&) = delete;
-
-   private:
-    FrameworkMutex& mutex_;
-  };
+  using ScopedLocker = std::lock_guard<FrameworkMutex>;
 
   static constexpr unsigned int stepsToClaim = 64;
   static constexpr unsigned int stepsToRestore = 1024;
